@@ -1,0 +1,22 @@
+# Headers, libraries, the CMake package and pkg-config files.
+include(CMakePackageConfigHelpers)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/nnlib)
+install(TARGETS nnlib lcut EXPORT nnlib-targets)
+install(EXPORT nnlib-targets NAMESPACE nnlib:: DESTINATION ${package_dir})
+install(FILES nnlib.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nnlib)
+install(DIRECTORY core layers kernels layers_quantized lcut
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nnlib FILES_MATCHING PATTERN "*.h")
+
+configure_package_config_file(cmake/nnlib-config.cmake.in nnlib-config.cmake
+                              INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(nnlib-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/nnlib-config.cmake
+              ${CMAKE_CURRENT_BINARY_DIR}/nnlib-config-version.cmake
+        DESTINATION ${package_dir})
+
+foreach(library nnlib lcut)
+  configure_file(cmake/${library}.pc.in ${library}.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${library}.pc
+          DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()

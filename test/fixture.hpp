@@ -1,0 +1,148 @@
+// What suites are made of: cases, fixtures and checks.
+//
+//   CASE(tc_relu_conformance) {
+//     static constinit nnlib::tensor in({1, 3, 1, 1}, relu_in_data);
+//     static constinit output_tensor<float, 1, 3, 1, 1> out;
+//     static constinit nnlib::chain chain(nnlib::list(in), nnlib::list(out));
+//     static constinit ai_layer layer = nnlib::layer(AI_LAYER_TYPE_NL, forward_relu, chain);
+//     check_layer(tc, layer, relu_out_reference, kFloatEpsilon);
+//   }
+//
+//   SUITE(test_lcut_nl, "test_lcut_nl test unit", ENTRY(tc_relu_conformance), ...)
+#ifndef TEST_FIXTURE_HPP
+#define TEST_FIXTURE_HPP
+
+#include <cstring>
+#include <initializer_list>
+
+#include "lcut/lcut.h"
+#include "nnlib.h"
+
+#define CASE(name) static void name([[maybe_unused]] lcut_case* tc, void*)
+
+// A case whose display name is its function's name; NAMED where the two differ.
+#define ENTRY(function) \
+  SuiteEntry {          \
+#function, function \
+  }
+#define NAMED(display_name, function) \
+  SuiteEntry {                        \
+    display_name, function            \
+  }
+
+#define SUITE(registration, display_name, ...)         \
+  extern "C" void registration(lcut_test* test);       \
+  void registration(lcut_test* test) {                 \
+    register_suite(test, display_name, {__VA_ARGS__}); \
+  }
+
+struct SuiteEntry {
+  const char* name;
+  lcut_case_function function;
+};
+
+inline void register_suite(lcut_test* test, const char* display_name,
+                           std::initializer_list<SuiteEntry> entries) {
+  lcut_suite* suite = nullptr;
+  lcut_ts_init(&suite, display_name, nullptr, nullptr);
+  for (const SuiteEntry& entry : entries) {
+    lcut_tc_add(suite, entry.name, entry.function, nullptr, nullptr, nullptr);
+  }
+  lcut_ts_add(test, suite);
+}
+
+// Where a check stands: the caller's own place, as a default argument.
+struct Site {
+  uint32_t line;
+  const char* function;
+  const char* file;
+};
+#define CALLING_SITE                                                                \
+  Site {                                                                            \
+    static_cast<uint32_t>(__builtin_LINE()), __builtin_FUNCTION(), __builtin_FILE() \
+  }
+
+// Absolute tolerances.
+inline constexpr float kFloatEpsilon = 1.1920929e-7f;  // 2^-23
+inline constexpr float kRecurrentTolerance = 2e-7f;
+inline constexpr float kTwoEpsilon = 2.3841858e-7f;  // 2^-22
+inline constexpr float kLooseTolerance = 6.192093e-5f;
+inline constexpr float kQ7Tolerance = 0.00787401f;
+inline constexpr float kQ15Tolerance = 3.051851e-5f;
+inline constexpr float kQ7ConvTolerance = 0.12598416f;
+
+// A tensor with storage of its own, filled so that an element left unwritten is noticed: 0xA5
+// bytes, as a float no number that a reference holds.
+template <class T, uint32_t N, uint32_t C, uint32_t W, uint32_t H>
+struct output_tensor : nnlib::tensor {
+  constexpr explicit output_tensor(ai_array_format format = nnlib::format_of<T>,
+                                   const ai_intq_info_list* quantization = nullptr)
+      : nnlib::tensor(format, {N, C, W, H}, storage, quantization) {
+    for (T& element : storage) {
+      element = rubbish();
+    }
+  }
+  static constexpr T rubbish() {
+    if constexpr (static_cast<T>(0.5f) != T{}) {
+      return static_cast<T>(-2.8720636e-16f);
+    } else {
+      return static_cast<T>(0xA5A5A5A5u);
+    }
+  }
+  T storage[N * C * W * H];
+};
+
+inline const ai_array& first_output(const ai_layer& layer) {
+  const ai_tensor* output = ai_tensor_chain_output(layer.tensor_chain, 0);
+  if (output == nullptr) {
+    core_fault();  // the fixture is wrong
+  }
+  return *output->data;
+}
+
+// Float elements near the reference; for 8-bit integers, their values as floats.
+template <class T, class Reference, size_t Count>
+void check_near(lcut_case* tc, const T* actual, const Reference (&reference)[Count],
+                float tolerance, float scale = 1.0f, Site site = CALLING_SITE) {
+  Reference expected[Count];
+  std::memcpy(expected, reference, sizeof(expected));
+  for (size_t i = 0; i < Count; ++i) {
+    lcut_float_near(tc, static_cast<float>(expected[i]), static_cast<float>(actual[i]) * scale,
+                    tolerance, site.line, site.function, site.file);
+  }
+}
+
+// Integer elements within tolerance of the reference.
+template <class T, size_t Count>
+void check_near_int(lcut_case* tc, const T* actual, const T (&reference)[Count], int32_t tolerance,
+                    Site site = CALLING_SITE) {
+  T expected[Count];
+  std::memcpy(expected, reference, sizeof(expected));
+  for (size_t i = 0; i < Count; ++i) {
+    lcut_int_near(tc, expected[i], actual[i], tolerance, site.line, site.function, site.file);
+  }
+}
+
+// The base record of a layer kind's record, or of a plain layer.
+inline ai_layer& base_of(ai_layer& layer) {
+  return layer;
+}
+template <class Layer>
+ai_layer& base_of(Layer& layer) {
+  return layer.base;
+}
+
+// Runs the layer once and compares every element of its first output, which must be as many as the
+// reference has.
+template <class Layer, size_t Count>
+void check_layer(lcut_case* tc, Layer& layer_record, const float (&reference)[Count],
+                 float tolerance, Site site = CALLING_SITE) {
+  ai_layer& base = base_of(layer_record);
+  const ai_array& output = first_output(base);
+  base.forward(&base);
+  lcut_int_equal(tc, static_cast<int32_t>(Count), static_cast<int32_t>(output.size), site.line,
+                 site.function, site.file);
+  check_near(tc, static_cast<const float*>(output.data), reference, tolerance, 1.0f, site);
+}
+
+#endif

@@ -1,0 +1,22 @@
+#include "test/suites.h"
+
+// In run order. A suite is one line here and one source file.
+#define SUITES(X)                 \
+  X(test_lcut_dlists)             \
+  X(test_lcut_formats)            \
+  X(test_lcut_network_api)        \
+  X(test_lcut_platform_interface) \
+  X(test_lcut_tensor_chain)       \
+  X(test_lcut_core_mem_manager)   \
+  X(test_lcut_core_utils)         \
+  X(test_lcut_core_ring_buffer)
+
+#define DECLARE(suite) void suite(lcut_test* test);
+#define ENTRY(suite) suite,
+
+extern "C" {
+SUITES(DECLARE)
+}
+
+const suite_registration suite_registrations[] = {SUITES(ENTRY)};
+const size_t suite_registration_count = sizeof(suite_registrations) / sizeof(*suite_registrations);
