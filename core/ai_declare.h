@@ -146,7 +146,7 @@ struct tensor : ai_tensor {
   template <class T>
   constexpr tensor(dims d, T* elements, uint32_t format_flags = 0,
                    const ai_intq_info_list* quantization = nullptr)
-      : tensor(format_of<std::remove_cv_t<T> > | flags, d, elements, elements, quantization) {
+      : tensor(format_of<std::remove_cv_t<T> > | format_flags, d, elements, elements, quantization) {
     static_assert(format_of<std::remove_cv_t<T> > != AI_ARRAY_FORMAT_NONE);
   }
 
