@@ -88,9 +88,13 @@ typedef uint32_t ai_buffer_format;
 #define AI_FORMAT_WITH_BITS_(family, bits, fbits) \
   (((family) & ~UINT32_C(0x3FFF)) | ((uint32_t)(bits) << 7) | (((uint32_t)(fbits) + 64u) & 127u))
 
-/* Bytes of one stored element, as a constant: 4 for FLOAT, 1 for Q7 and U4. */
-#define AI_FORMAT_ELEMENT_BYTES(format) \
-  (((((format) >> 7) & 127u) + (((format) >> 14) & 7u) + 7u) / 8u)
+/* Bytes of count adjoining elements, as a constant: 4 each for FLOAT, 1 each for Q7; for a
+ * look-up-table format the bytes of their indices. */
+#define AI_FORMAT_RUN_BYTES(format, count)                                         \
+  ((((((((format) >> 7) & 127u) + (((format) >> 14) & 7u)) * (uint32_t)(count)) >> \
+     (((format) >> 21) & 3u)) +                                                    \
+    7u) /                                                                          \
+   8u)
 
 /* Field getters and setters of both kinds of word; a setter returns the changed word and keeps
  * only as many low bits of the value as the field has. */

@@ -39,17 +39,17 @@
   AI_STATIC_TENSOR_Q(name, format, n, c, w, h, elements, NULL)
 
 /* The same with a quantization record, const ai_intq_info_list*. */
-#define AI_STATIC_TENSOR_Q(name, format, n, c, w, h, elements, quantization)                \
-  static ai_array name##_array = {(format), (n) * (c) * (w) * (h), (void*)(elements),       \
-                                  (void*)(elements)};                                       \
-  static ai_tensor name = {                                                                 \
-      (quantization),                                                                       \
-      AI_TENSOR_FLAGS_OF(format),                                                           \
-      {AI_DIMS_WORD(AI_SHAPE_TYPE, AI_SHAPE_DIMS), (uint32_t[]){(n), (c), (w), (h)}},       \
-      {AI_DIMS_WORD(AI_STRIDE_TYPE, AI_SHAPE_DIMS),                                         \
-       (uint32_t[]){AI_FORMAT_ELEMENT_BYTES(format), AI_FORMAT_ELEMENT_BYTES(format) * (n), \
-                    AI_FORMAT_ELEMENT_BYTES(format) * (n) * (c),                            \
-                    AI_FORMAT_ELEMENT_BYTES(format) * (n) * (c) * (w)}},                    \
+#define AI_STATIC_TENSOR_Q(name, format, n, c, w, h, elements, quantization)          \
+  static ai_array name##_array = {(format), (n) * (c) * (w) * (h), (void*)(elements), \
+                                  (void*)(elements)};                                 \
+  static ai_tensor name = {                                                           \
+      (quantization),                                                                 \
+      AI_TENSOR_FLAGS_OF(format),                                                     \
+      {AI_DIMS_WORD(AI_SHAPE_TYPE, AI_SHAPE_DIMS), (uint32_t[]){(n), (c), (w), (h)}}, \
+      {AI_DIMS_WORD(AI_STRIDE_TYPE, AI_SHAPE_DIMS),                                   \
+       (uint32_t[]){AI_FORMAT_RUN_BYTES(format, 1), AI_FORMAT_RUN_BYTES(format, n),   \
+                    AI_FORMAT_RUN_BYTES(format, n) * (c),                             \
+                    AI_FORMAT_RUN_BYTES(format, n) * (c) * (w)}},                     \
       &name##_array}
 
 /* A quantization record of `entries` scales (const float[]) and zero points. */
@@ -146,7 +146,8 @@ struct tensor : ai_tensor {
   template <class T>
   constexpr tensor(dims d, T* elements, uint32_t format_flags = 0,
                    const ai_intq_info_list* quantization = nullptr)
-      : tensor(format_of<std::remove_cv_t<T> > | format_flags, d, elements, elements, quantization) {
+      : tensor(format_of<std::remove_cv_t<T> > | format_flags, d, elements, elements,
+               quantization) {
     static_assert(format_of<std::remove_cv_t<T> > != AI_ARRAY_FORMAT_NONE);
   }
 
@@ -160,9 +161,9 @@ struct tensor : ai_tensor {
                   &array},
         array{format, d.elements(), const_cast<void*>(elements), const_cast<void*>(start)},
         shape_{d.n, d.c, d.w, d.h},
-        stride_{AI_FORMAT_ELEMENT_BYTES(format), AI_FORMAT_ELEMENT_BYTES(format) * d.n,
-                AI_FORMAT_ELEMENT_BYTES(format) * d.n * d.c,
-                AI_FORMAT_ELEMENT_BYTES(format) * d.n * d.c * d.w} {}
+        stride_{AI_FORMAT_RUN_BYTES(format, 1), AI_FORMAT_RUN_BYTES(format, d.n),
+                AI_FORMAT_RUN_BYTES(format, d.n) * d.c,
+                AI_FORMAT_RUN_BYTES(format, d.n) * d.c * d.w} {}
 
   tensor(const tensor&) = delete;
   tensor& operator=(const tensor&) = delete;

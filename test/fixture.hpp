@@ -56,11 +56,14 @@ struct Site {
   uint32_t line;
   const char* function;
   const char* file;
-};
-#define CALLING_SITE                                                                \
-  Site {                                                                            \
-    static_cast<uint32_t>(__builtin_LINE()), __builtin_FUNCTION(), __builtin_FILE() \
+
+  static constexpr Site current(uint32_t line = static_cast<uint32_t>(__builtin_LINE()),
+                                const char* function = __builtin_FUNCTION(),
+                                const char* file = __builtin_FILE()) {
+    return {line, function, file};
   }
+};
+#define CALLING_SITE Site::current()
 
 // Absolute tolerances.
 inline constexpr float kFloatEpsilon = 1.1920929e-7f;  // 2^-23
@@ -72,7 +75,7 @@ inline constexpr float kQ15Tolerance = 3.051851e-5f;
 inline constexpr float kQ7ConvTolerance = 0.12598416f;
 
 // A tensor with storage of its own, filled so that an element left unwritten is noticed: 0xA5
-// bytes, as a float no number that a reference holds.
+// bytes, as a float no number that a reference comes near.
 template <class T, uint32_t N, uint32_t C, uint32_t W, uint32_t H>
 struct output_tensor : nnlib::tensor {
   constexpr explicit output_tensor(ai_array_format format = nnlib::format_of<T>,
@@ -84,7 +87,7 @@ struct output_tensor : nnlib::tensor {
   }
   static constexpr T rubbish() {
     if constexpr (static_cast<T>(0.5f) != T{}) {
-      return static_cast<T>(-2.8720636e-16f);
+      return static_cast<T>(-28720636.0f);
     } else {
       return static_cast<T>(0xA5A5A5A5u);
     }
@@ -107,8 +110,10 @@ void check_near(lcut_case* tc, const T* actual, const Reference (&reference)[Cou
   Reference expected[Count];
   std::memcpy(expected, reference, sizeof(expected));
   for (size_t i = 0; i < Count; ++i) {
-    lcut_float_near(tc, static_cast<float>(expected[i]), static_cast<float>(actual[i]) * scale,
-                    tolerance, site.line, site.function, site.file);
+    const float value = static_cast<float>(actual[i]) * scale;
+    lcut_float_near(tc, static_cast<float>(expected[i]), value, tolerance, site.line, site.function,
+                    site.file);
+    lcut_assert(tc, "not a number", value == value, site.line, site.function, site.file);
   }
 }
 
@@ -143,6 +148,16 @@ void check_layer(lcut_case* tc, Layer& layer_record, const float (&reference)[Co
   lcut_int_equal(tc, static_cast<int32_t>(Count), static_cast<int32_t>(output.size), site.line,
                  site.function, site.file);
   check_near(tc, static_cast<const float*>(output.data), reference, tolerance, 1.0f, site);
+}
+
+// Whole numbers, compared in pairs by their low 32 bits.
+inline void check_equal(lcut_case* tc, std::initializer_list<int64_t> expected,
+                        std::initializer_list<int64_t> actual, Site site = CALLING_SITE) {
+  lcut_true(tc, expected.size() == actual.size(), site.line, site.function, site.file);
+  for (size_t i = 0; i < expected.size() && i < actual.size(); ++i) {
+    lcut_int_equal(tc, static_cast<int32_t>(expected.begin()[i]),
+                   static_cast<int32_t>(actual.begin()[i]), site.line, site.function, site.file);
+  }
 }
 
 #endif

@@ -8,11 +8,17 @@ OUTPUT = pathlib.Path(__file__).resolve().parents[2] / "test" / "reference"
 
 _TYPES = {
     "float32": "float", "uint8": "uint8_t", "int8": "int8_t", "uint16": "uint16_t",
-    "int16": "int16_t", "uint32": "uint32_t", "int32": "int32_t",
+    "int16": "int16_t", "uint32": "uint32_t", "int32": "int32_t", "text": "const char*",
 }
 
 
+def _kind(values):
+    return "text" if values.dtype.kind == "U" else values.dtype.name
+
+
 def _literal(value, kind):
+    if kind == "text":
+        return '"%s"' % value
     if kind == "float32":
         if not np.isfinite(value):
             raise ValueError("not a finite number: %r" % value)
@@ -25,7 +31,8 @@ class Header:
     """Collects named arrays and writes them as test/reference/<name>.h.
 
     An array keeps the order of its NumPy array (C order): give activations as [H][W][C]. float64
-    arrays are rounded to float32; integer arrays must have an exact dtype of their own.
+    arrays are rounded to float32; integer arrays must have an exact dtype of their own; arrays of
+    strings are plain text.
     """
 
     def __init__(self, name):
@@ -36,7 +43,7 @@ class Header:
         values = np.asarray(values)
         if values.dtype == np.float64:
             values = values.astype(np.float32)
-        if values.dtype.name not in _TYPES:
+        if _kind(values) not in _TYPES:
             raise TypeError("%s: give an explicit dtype, not %s" % (name, values.dtype))
         if name in self._arrays:
             raise KeyError("%s is there already" % name)
@@ -48,7 +55,7 @@ class Header:
         lines = ["// Written by tools/reference/generate.py; do not edit.",
                  "#ifndef " + guard, "#define " + guard, "", "#include <cstdint>", ""]
         for name, values in self._arrays.items():
-            kind = values.dtype.name
+            kind = _kind(values)
             literals = [_literal(v, kind) for v in values.ravel()]
             lines.append("inline constexpr %s %s[] = {" % (_TYPES[kind], name))
             lines += ["    " + ", ".join(literals[i:i + 8]) + ","
