@@ -1,0 +1,166 @@
+#include "kernels/float_tile_body.hpp"
+
+// Adds depth k from `first` on to P rows from `row` on; the first k start the sums from 0.
+template <size_t P, size_t NV>
+void product_block(const Product& p, size_t row, const Columns& columns, Tile tile, size_t first,
+                   size_t depth) {
+  float* out = p.out + row * p.out_pitch + columns.first;
+  const float* a = p.a.data + row * p.a.row_pitch + first * p.a.k_pitch;
+  Vec acc[P][NV] = {};
+  if (first != 0) {
+    load_block(acc, out, p.out_pitch, columns.last_lanes);
+  }
+  accumulate(acc, a, p.a.row_pitch, p.a.k_pitch, tile, depth);
+  store_block(out, acc, p.out_pitch, columns.last_lanes);
+}
+
+template <size_t NV>
+void product_rows(const Product& p, const Columns& columns, Tile tile, size_t first, size_t depth) {
+  size_t row = 0;
+  for (; row + kBlockRows <= p.rows; row += kBlockRows) {
+    product_block<kBlockRows, NV>(p, row, columns, tile, first, depth);
+  }
+  if (row + 2 <= p.rows) {
+    product_block<2, NV>(p, row, columns, tile, first, depth);
+    row += 2;
+  }
+  if (row < p.rows) {
+    product_block<1, NV>(p, row, columns, tile, first, depth);
+  }
+}
+
+// Any number of rows, tile by tile of columns and depth.
+inline void product_tiles(const Product& p) {
+  alignas(64) TileBuffer buffer;
+  for (size_t column = 0; column < p.columns;) {
+    const Columns columns = columns_from(column, p.columns);
+    const bool in_place = !kPacks || (p.b.row_pitch == 1 && columns.last_lanes == kLanes);
+    size_t first = 0;
+    do {
+      const size_t depth = p.depth - first < kTileDepth ? p.depth - first : kTileDepth;
+      const float* b = p.b.data + column * p.b.row_pitch + first * p.b.k_pitch;
+      Tile tile = {b, p.b.k_pitch, kLanes * p.b.row_pitch};
+      if (!in_place) {
+        pack(buffer, b, p.b.row_pitch, p.b.k_pitch, columns, depth);
+        tile = {buffer, columns.vectors * kLanes, kLanes};
+      }
+      if (columns.vectors == kTileVectors) {
+        product_rows<kTileVectors>(p, columns, tile, first, depth);
+      } else {
+        product_rows<1>(p, columns, tile, first, depth);
+      }
+      first += depth;
+    } while (first < p.depth);
+    column += columns.count();
+  }
+}
+
+// One row of a times NV vectors of columns of b whose row_pitch is 1 (without vectors: any).
+template <size_t NV>
+void row_columns_in_place(const Product& p, size_t column) {
+  Vec acc[1][NV] = {};
+  const float* b = p.b.data + column * p.b.row_pitch;
+  accumulate(acc, p.a.data, 0, p.a.k_pitch, {b, p.b.k_pitch, kLanes * p.b.row_pitch}, p.depth);
+  store_block(p.out + column, acc, 0, kLanes);
+}
+
+#if NNLIB_LANES > 1
+// Four k of one vector of columns, in order.
+NNLIB_ALWAYS_INLINE Vec add_quads(Vec acc, const float* a, const float* b, size_t column_pitch) {
+  const Vec x = load_quads(a, 0, 0);
+  Vec products[4];
+  NNLIB_UNROLL
+  for (size_t i = 0; i < 4; ++i) {
+    products[i] = x * load_quads(b, column_pitch, i);
+  }
+  transpose_quads(products);
+  NNLIB_UNROLL
+  for (size_t i = 0; i < 4; ++i) {
+    acc += products[i];
+  }
+  return acc;
+}
+
+// One row of a times NV vectors of columns of b, both contiguous in k: the products of four k are
+// turned into columns in registers.
+template <size_t NV>
+void row_columns_turned(const Product& p, size_t column) {
+  constexpr size_t kLine = 16;  // use up a cache line of each column at once
+  const size_t pitch = p.b.row_pitch;
+  const float* b = p.b.data + column * pitch;
+  const float* a = p.a.data;
+  Vec acc[1][NV] = {};
+  size_t k = 0;
+  for (; k + kLine <= p.depth; k += kLine) {
+    NNLIB_UNROLL
+    for (size_t v = 0; v < NV; ++v) {
+      NNLIB_UNROLL
+      for (size_t quad = 0; quad < kLine; quad += 4) {
+        acc[0][v] = add_quads(acc[0][v], a + k + quad, b + v * kLanes * pitch + k + quad, pitch);
+      }
+    }
+  }
+  for (; k < p.depth; ++k) {
+    NNLIB_UNROLL
+    for (size_t v = 0; v < NV; ++v) {
+      float of_k[kLanes];
+      for (size_t lane = 0; lane < kLanes; ++lane) {
+        of_k[lane] = b[(v * kLanes + lane) * pitch + k];
+      }
+      acc[0][v] += splat(a[k]) * load(of_k);
+    }
+  }
+  store_block(p.out + column, acc, 0, kLanes);
+}
+#endif
+
+template <size_t NV>
+void row_columns(const Product& p, size_t column) {
+#if NNLIB_LANES > 1
+  if (p.b.row_pitch != 1) {
+    row_columns_turned<NV>(p, column);
+    return;
+  }
+#endif
+  row_columns_in_place<NV>(p, column);
+}
+
+inline void row_columns_scalar(const Product& p) {
+  for (size_t column = 0; column < p.columns; ++column) {
+    const float* b = p.b.data + column * p.b.row_pitch;
+    float sum = 0.0f;
+    for (size_t k = 0; k < p.depth; ++k) {
+      sum += p.a.data[k * p.a.k_pitch] * b[k * p.b.k_pitch];
+    }
+    p.out[column] = sum;
+  }
+}
+
+// A vector times a matrix.
+inline void product_row(const Product& p) {
+  constexpr size_t kVectors = 4;
+  constexpr size_t kStep = kLanes;
+  if (p.columns < kStep) {
+    row_columns_scalar(p);
+    return;
+  }
+  size_t column = 0;
+  for (; column + kVectors * kStep <= p.columns; column += kVectors * kStep) {
+    row_columns<kVectors>(p, column);
+  }
+  for (; column + kStep <= p.columns; column += kStep) {
+    row_columns<1>(p, column);
+  }
+  if (column < p.columns) {
+    row_columns<1>(p, p.columns - kStep);  // some columns a second time, with the same result
+  }
+}
+
+inline void product(const Product& p) {
+  const bool contiguous = p.a.k_pitch == 1 && p.b.k_pitch == 1;
+  if (p.rows == 1 && (!kPacks || p.b.row_pitch == 1 || contiguous)) {
+    product_row(p);
+  } else {
+    product_tiles(p);
+  }
+}

@@ -1,0 +1,128 @@
+// The register block of every float product: P rows of `a` (pixels, positions) times NV vectors of
+// columns of `b` (output channels), k strictly in order. Included by bodies; see vector.hpp.
+//
+// Between chunks of k the partial sums rest in the output, which changes no bit.
+
+constexpr size_t kBlockRows = 4;
+constexpr size_t kTileVectors = 2;
+constexpr size_t kTileColumns = kTileVectors * kLanes;
+
+// With vectors, columns are packed into a tile on the stack, 128 k at a time (8 KiB on wide
+// vectors): it stays in the first-level cache while all rows pass over it. Without, they are read
+// in place.
+constexpr bool kPacks = kLanes > 1;
+constexpr size_t kTileDepth = kPacks ? 128 : SIZE_MAX;
+using TileBuffer = float[kPacks ? kTileColumns * 128 : 1];
+
+// Column c of k is data[k * k_pitch + c / kLanes * vector_pitch + c % kLanes].
+struct Tile {
+  const float* data;
+  size_t k_pitch;
+  size_t vector_pitch;
+};
+
+// Some columns of b, up to a tile's, as the block uses them.
+struct Columns {
+  size_t first;
+  size_t vectors;
+  size_t last_lanes;  // columns in the last vector
+
+  size_t count() const { return (vectors - 1) * kLanes + last_lanes; }
+};
+
+inline Columns columns_from(size_t first, size_t total) {
+  const size_t left = total - first;
+  const size_t count = left < kTileColumns ? left : kTileColumns;
+  const size_t vectors = (count + kLanes - 1) / kLanes;
+  return {first, vectors, count - (vectors - 1) * kLanes};
+}
+
+// acc[p][v] += a[p * row_pitch + k * a_k] * (vector v of k), for k < depth.
+template <size_t P, size_t NV>
+NNLIB_ALWAYS_INLINE void accumulate(Vec (&acc)[P][NV], const float* a, size_t row_pitch, size_t a_k,
+                                    Tile tile, size_t depth) {
+  const float* b = tile.data;
+  for (; depth != 0; --depth) {
+    Vec columns[NV];
+    NNLIB_UNROLL
+    for (size_t v = 0; v < NV; ++v) {
+      columns[v] = load(b + v * tile.vector_pitch);
+    }
+    NNLIB_UNROLL
+    for (size_t p = 0; p < P; ++p) {
+      const Vec x = splat(a[p * row_pitch]);
+      NNLIB_UNROLL
+      for (size_t v = 0; v < NV; ++v) {
+        acc[p][v] += x * columns[v];
+      }
+    }
+    a += a_k;
+    b += tile.k_pitch;
+  }
+}
+
+template <size_t P, size_t NV>
+NNLIB_ALWAYS_INLINE void load_block(Vec (&acc)[P][NV], const float* from, size_t row_pitch,
+                                    size_t last_lanes) {
+  NNLIB_UNROLL
+  for (size_t p = 0; p < P; ++p) {
+    NNLIB_UNROLL
+    for (size_t v = 0; v < NV - 1; ++v) {
+      acc[p][v] = load(from + p * row_pitch + v * kLanes);
+    }
+    const float* last = from + p * row_pitch + (NV - 1) * kLanes;
+    acc[p][NV - 1] = last_lanes == kLanes ? load(last) : load_part(last, last_lanes);
+  }
+}
+
+template <size_t P, size_t NV>
+NNLIB_ALWAYS_INLINE void store_block(float* to, const Vec (&acc)[P][NV], size_t row_pitch,
+                                     size_t last_lanes) {
+  NNLIB_UNROLL
+  for (size_t p = 0; p < P; ++p) {
+    NNLIB_UNROLL
+    for (size_t v = 0; v < NV - 1; ++v) {
+      store(to + p * row_pitch + v * kLanes, acc[p][v]);
+    }
+    float* last = to + p * row_pitch + (NV - 1) * kLanes;
+    if (last_lanes == kLanes) {
+      store(last, acc[p][NV - 1]);
+    } else {
+      store_part(last, acc[p][NV - 1], last_lanes);
+    }
+  }
+}
+
+// Packs depth k of count columns (vector by vector, missing columns 0) to tile[k][columns of the
+// tile]. Column c of k is b[c * column_pitch + k * k_pitch].
+inline void pack(float* tile, const float* b, size_t column_pitch, size_t k_pitch,
+                 const Columns& columns, size_t depth) {
+  const size_t width = columns.vectors * kLanes;
+  for (size_t v = 0; v < columns.vectors; ++v) {
+    const float* from = b + v * kLanes * column_pitch;
+    float* to = tile + v * kLanes;
+    const size_t lanes = v + 1 < columns.vectors ? kLanes : columns.last_lanes;
+    size_t k = 0;
+#if NNLIB_LANES > 1
+    if (lanes == kLanes && k_pitch == 1) {
+      for (; k + 4 <= depth; k += 4) {
+        Vec quads[4];
+        NNLIB_UNROLL
+        for (size_t i = 0; i < 4; ++i) {
+          quads[i] = load_quads(from + k, column_pitch, i);
+        }
+        transpose_quads(quads);
+        NNLIB_UNROLL
+        for (size_t i = 0; i < 4; ++i, to += width) {
+          store(to, quads[i]);
+        }
+      }
+    }
+#endif
+    for (; k < depth; ++k, to += width) {
+      for (size_t lane = 0; lane < kLanes; ++lane) {
+        to[lane] = lane < lanes ? from[lane * column_pitch + k * k_pitch] : 0.0f;
+      }
+    }
+  }
+}

@@ -1,0 +1,78 @@
+// Kernels written once over a number of lanes, and the choice between their instances.
+//
+// A kernel's body is a header of its own that kernels/vector_bodies.hpp includes once for each
+// instance, into a namespace where kLanes and the types and functions of vector_lanes.hpp are
+// defined:
+//
+//   float_x.cpp:        #include ... everything that the body needs
+//                       #define NNLIB_VECTOR_BODY "kernels/float_x_body.hpp"
+//                       #include "kernels/vector_bodies.hpp"
+//                       void x_f32(float* out) { NNLIB_VECTOR(x)(out); }
+//   float_x_body.hpp:   void x(float* out) { ... Vec ... }      (no include, no include guard)
+//
+// narrow:: is what the target has anyway: 4 lanes of float32, or 1 where there is no vector unit
+// with IEEE arithmetic. wide:: is compiled for AVX2 (without fused multiply-add), 8 lanes, and runs
+// where the processor has it. A kernel keeps each output's sum sequential in either, so that all
+// instances give the same bits.
+#ifndef NNLIB_KERNELS_VECTOR_HPP
+#define NNLIB_KERNELS_VECTOR_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+// A build may set NNLIB_VECTOR_LANES to 1: no vectors at all.
+#if !defined(NNLIB_VECTOR_LANES)
+#if defined(__GNUC__) && (defined(__SSE2__) || defined(__aarch64__) || defined(__VSX__))
+#define NNLIB_VECTOR_LANES 4
+#else
+#define NNLIB_VECTOR_LANES 1
+#endif
+#endif
+
+#if NNLIB_VECTOR_LANES == 4 && (defined(__x86_64__) || defined(__i386__))
+#define NNLIB_VECTOR_WIDE 1
+#else
+#define NNLIB_VECTOR_WIDE 0
+#endif
+
+#if defined(__clang__)
+#define NNLIB_UNROLL _Pragma("clang loop unroll(full)")
+#define NNLIB_ALWAYS_INLINE inline __attribute__((always_inline))
+#elif defined(__GNUC__)
+#define NNLIB_UNROLL _Pragma("GCC unroll 16")  // at -O2 nothing else keeps a block in registers
+#define NNLIB_ALWAYS_INLINE inline __attribute__((always_inline))
+#else
+#define NNLIB_UNROLL
+#define NNLIB_ALWAYS_INLINE inline
+#endif
+
+namespace nnlib {
+
+// Count elements of T as one value, for the operators of the language; T itself for one element.
+template <class T, int Count>
+struct VectorOf {
+  typedef T type __attribute__((vector_size(sizeof(T) * Count)));
+};
+template <class T>
+struct VectorOf<T, 1> {
+  typedef T type;
+};
+
+// Whether the wide instances run. Set at start-up by what the processor has; before that, the
+// narrow ones run.
+bool vector_wide();
+
+// For tests: lets the wide instances run (where the processor has them) or not.
+void vector_allow_wide(bool allow);
+
+#if NNLIB_VECTOR_WIDE
+#define NNLIB_VECTOR(kernel) \
+  (::nnlib::vector_wide() ? ::nnlib::wide::kernel : ::nnlib::narrow::kernel)
+#else
+#define NNLIB_VECTOR(kernel) ::nnlib::narrow::kernel
+#endif
+
+}  // namespace nnlib
+
+#endif

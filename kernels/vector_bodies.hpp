@@ -1,0 +1,34 @@
+// Includes the kernel body NNLIB_VECTOR_BODY once for each instance; see vector.hpp. Headers that
+// the body needs come before: nothing but the body may be compiled for a wider instruction set.
+#include "kernels/vector.hpp"
+
+namespace nnlib::narrow {
+#define NNLIB_LANES NNLIB_VECTOR_LANES
+#include "kernels/vector_lanes.hpp"
+#include NNLIB_VECTOR_BODY
+#undef NNLIB_LANES
+}  // namespace nnlib::narrow
+
+#if NNLIB_VECTOR_WIDE
+#if defined(__clang__)
+#pragma clang attribute push(__attribute__((target("avx2"))), apply_to = function)
+#else
+#pragma GCC push_options
+#pragma GCC target("avx2")
+#endif
+
+namespace nnlib::wide {
+#define NNLIB_LANES 8
+#include "kernels/vector_lanes.hpp"
+#include NNLIB_VECTOR_BODY
+#undef NNLIB_LANES
+}  // namespace nnlib::wide
+
+#if defined(__clang__)
+#pragma clang attribute pop
+#else
+#pragma GCC pop_options
+#endif
+#endif
+
+#undef NNLIB_VECTOR_BODY

@@ -1,0 +1,71 @@
+// What kernel bodies are written with: NNLIB_LANES float32 lanes. Included by vector_bodies.hpp
+// into the namespace of each instance.
+
+constexpr size_t kLanes = NNLIB_LANES;
+using Vec = VectorOf<float, kLanes>::type;
+
+NNLIB_ALWAYS_INLINE Vec load(const float* from) {
+  Vec v;
+  std::memcpy(&v, from, sizeof(v));
+  return v;
+}
+NNLIB_ALWAYS_INLINE void store(float* to, Vec v) {
+  std::memcpy(to, &v, sizeof(v));
+}
+
+// The first count lanes, at most kLanes; the others are 0 and are not stored.
+NNLIB_ALWAYS_INLINE Vec load_part(const float* from, size_t count) {
+  Vec v = {};
+  std::memcpy(&v, from, count * sizeof(float));
+  return v;
+}
+NNLIB_ALWAYS_INLINE void store_part(float* to, Vec v, size_t count) {
+  std::memcpy(to, &v, count * sizeof(float));
+}
+
+// x in every lane. Subtracting zero keeps -0, adding it would not.
+NNLIB_ALWAYS_INLINE Vec splat(float x) {
+  return x - Vec{};
+}
+
+#if NNLIB_LANES > 1
+
+using Quad = VectorOf<float, 4>::type;
+
+// Picks lanes i0 .. i3 of every group of four of a and b, those of b counted from kLanes on.
+#if NNLIB_LANES == 8
+#define NNLIB_SHUFFLE(a, b, i0, i1, i2, i3) \
+  __builtin_shufflevector(a, b, i0, i1, i2, i3, (i0) + 4, (i1) + 4, (i2) + 4, (i3) + 4)
+#else
+#define NNLIB_SHUFFLE(a, b, i0, i1, i2, i3) __builtin_shufflevector(a, b, i0, i1, i2, i3)
+#endif
+
+// The four numbers at row `row`; with 8 lanes those of row `row + 4` behind them.
+NNLIB_ALWAYS_INLINE Vec load_quads(const float* rows, size_t pitch, size_t row) {
+  Quad low;
+  std::memcpy(&low, rows + row * pitch, sizeof(low));
+#if NNLIB_LANES == 8
+  Quad high;
+  std::memcpy(&high, rows + (row + 4) * pitch, sizeof(high));
+  return __builtin_shufflevector(low, high, 0, 1, 2, 3, 4, 5, 6, 7);
+#else
+  return low;
+#endif
+}
+
+// Turns what load_quads gave for rows 0 to 3 into columns: lane i of columns[k] is number k of row
+// i.
+NNLIB_ALWAYS_INLINE void transpose_quads(Vec (&q)[4]) {
+  const Vec low01 = NNLIB_SHUFFLE(q[0], q[1], 0, kLanes, 1, kLanes + 1);
+  const Vec low23 = NNLIB_SHUFFLE(q[2], q[3], 0, kLanes, 1, kLanes + 1);
+  const Vec high01 = NNLIB_SHUFFLE(q[0], q[1], 2, kLanes + 2, 3, kLanes + 3);
+  const Vec high23 = NNLIB_SHUFFLE(q[2], q[3], 2, kLanes + 2, 3, kLanes + 3);
+  q[0] = NNLIB_SHUFFLE(low01, low23, 0, 1, kLanes, kLanes + 1);
+  q[1] = NNLIB_SHUFFLE(low01, low23, 2, 3, kLanes + 2, kLanes + 3);
+  q[2] = NNLIB_SHUFFLE(high01, high23, 0, 1, kLanes, kLanes + 1);
+  q[3] = NNLIB_SHUFFLE(high01, high23, 2, 3, kLanes + 2, kLanes + 3);
+}
+
+#undef NNLIB_SHUFFLE
+
+#endif

@@ -1,0 +1,142 @@
+#include "layers/layers_nl_generic_float.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#include "core/scalar_ops.hpp"
+#include "layers/layer_tensors.hpp"
+
+namespace {
+
+namespace ops = nnlib::ops;
+
+// Elements taken at a time: arithmetic becomes vector instructions, library calls stay single.
+constexpr ai_size kVector = 8;
+constexpr ai_size kSingle = 1;
+
+// out[i] = op(in[i], i) from the last element to the first. A block is read as a whole before it is
+// written, which is the same as one by one unless out lies less than a block below in.
+template <ai_size Block, class Op>
+void map(ai_array* out_array, const ai_array* in_array, ai_size size, Op op) {
+  float* out = static_cast<float*>(out_array->data);
+  const float* in = static_cast<const float*>(in_array->data);
+  float block[Block];
+  float results[Block];
+  const uintptr_t lead = reinterpret_cast<uintptr_t>(in) - reinterpret_cast<uintptr_t>(out);
+  if (Block > 1 && (lead == 0 || lead >= sizeof(block))) {
+    for (; size >= Block; size -= Block) {
+      const ai_size start = size - Block;
+      std::memcpy(block, in + start, sizeof(block));
+#pragma GCC unroll 1  // unrolled, GCC would not vectorise it
+      for (ai_size k = 0; k < Block; ++k) {
+        results[k] = op(block[k], start + k);
+      }
+      std::memcpy(out + start, results, sizeof(results));
+    }
+  }
+  for (; size > 0; --size) {
+    out[size - 1] = op(in[size - 1], size - 1);
+  }
+}
+
+// The element-wise layer: every element of the input's shape.
+void run(const ai_layer& layer, ai_nl_func kernel, const void* params) {
+  const ai_tensor& input = nnlib::layer_input(layer);
+  const ai_tensor& output = nnlib::layer_output(layer);
+  kernel(output.data, input.data, ai_shape_elements(&input.shape), params);
+}
+
+const ai_array* parameters(ai_layer* layer) {
+  return nnlib::layer_record<ai_layer_nl>(layer).nl_params;
+}
+
+void run_with_parameters(ai_layer* layer, ai_nl_func kernel) {
+  const ai_array* params = parameters(layer);
+  if (params == nullptr) {
+    core_fault();
+  }
+  run(*layer, kernel, params->data);
+}
+
+}  // namespace
+
+#define DEFINE_KERNEL(op, block)                                                      \
+  void nl_func_##op##_array_f32(ai_array* out, const ai_array* in, ai_size size,      \
+                                const void* /*params*/) {                             \
+    map<block>(out, in, size, [](float x, ai_size /*index*/) { return ops::op(x); }); \
+  }
+#define DEFINE_FORWARD(op)                          \
+  void forward_##op(ai_layer* layer) {              \
+    run(*layer, nl_func_##op##_array_f32, nullptr); \
+  }
+#define DEFINE_ARITHMETIC_OP(op) DEFINE_KERNEL(op, kVector) DEFINE_FORWARD(op)
+#define DEFINE_LIBRARY_OP(op) DEFINE_KERNEL(op, kSingle) DEFINE_FORWARD(op)
+#define DEFINE_PARAMETER_OP(op)                                                             \
+  void nl_func_##op##_array_f32(ai_array* out, const ai_array* in, ai_size size,            \
+                                const void* params) {                                       \
+    const float* p = static_cast<const float*>(params);                                     \
+    map<kVector>(out, in, size, [p](float x, ai_size /*index*/) { return ops::op(x, p); }); \
+  }                                                                                         \
+  void forward_##op(ai_layer* layer) {                                                      \
+    run_with_parameters(layer, nl_func_##op##_array_f32);                                   \
+  }
+
+AI_NL_ARITHMETIC_OPS(DEFINE_ARITHMETIC_OP)
+AI_NL_LIBRARY_OPS(DEFINE_LIBRARY_OP)
+AI_NL_PARAMETER_OPS(DEFINE_PARAMETER_OP)
+DEFINE_KERNEL(relu, kVector)
+
+void nl_func_relu_generic_array_f32(ai_array* out, const ai_array* in, ai_size size,
+                                    const void* params) {
+  const float* p = static_cast<const float*>(params);
+  const float threshold = p[0];
+  const float slope = p[1];
+  const float max = p[2];
+  const auto leaky = [=](float x, ai_size /*index*/) {
+    return ops::select(threshold > x, (x - threshold) * slope, x);
+  };
+  if (!(0.0f > max)) {
+    map<kVector>(out, in, size, [=](float x, ai_size index) {
+      return ops::select(x < max, leaky(x, index), max);
+    });
+  } else if (slope == 0.0f) {
+    nl_func_relu_thresholded_array_f32(out, in, size, params);
+  } else {
+    map<kVector>(out, in, size, leaky);
+  }
+}
+
+void forward_relu(ai_layer* layer) {
+  const ai_array* params = parameters(layer);
+  if (params == nullptr) {
+    run(*layer, nl_func_relu_array_f32, nullptr);
+  } else {
+    run(*layer,
+        params->size == 1 ? nl_func_relu_thresholded_array_f32 : nl_func_relu_generic_array_f32,
+        params->data);
+  }
+}
+
+void nl_func_prelu_array_f32(ai_array* out, const ai_array* in, ai_size size, const void* params) {
+  const float* slopes = static_cast<const float*>(params);
+  map<kVector>(out, in, size, [slopes](float x, ai_size i) { return ops::prelu(x, slopes[i]); });
+}
+
+void forward_prelu(ai_layer* layer) {
+  const ai_tensor& input = nnlib::layer_input(*layer);
+  const ai_tensor& slopes = nnlib::layer_weights(*layer);
+  ai_array& in = *input.data;
+  ai_array& out = *nnlib::layer_output(*layer).data;
+  const ai_size block = slopes.data->size;
+  ai_size left = ai_shape_elements(&input.shape);
+  while (left > 0 && block > 0) {
+    nl_func_prelu_array_f32(&out, &in, std::min(ai_shape_elements(&slopes.shape), left),
+                            slopes.data->data);
+    in.data = static_cast<float*>(in.data) + block;
+    out.data = static_cast<float*>(out.data) + block;
+    left -= std::min(block, left);
+  }
+  in.data = in.data_start;
+  out.data = out.data_start;
+}
