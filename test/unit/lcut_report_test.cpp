@@ -1,63 +1,18 @@
 // Compares the console output and the exit status of lcut_failing_program with the expected text.
 #include <gtest/gtest.h>
-#include <stdio.h>
-#include <sys/wait.h>
 
-#include <string>
+#include "test/unit/lcut_output.hpp"
+#include "test/unit/run_program.hpp"
 
 namespace {
-
-struct Outcome {
-  std::string output;
-  int status;
-};
-
-Outcome run_program(const std::string& argument) {
-  FILE* pipe = popen(("'" LCUT_FAILING_PROGRAM "' " + argument).c_str(), "r");
-  if (pipe == nullptr) return {"no program", -1};
-  Outcome outcome;
-  for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) outcome.output += static_cast<char>(c);
-  const int ended = pclose(pipe);
-  outcome.status = WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
-  return outcome;
-}
 
 const std::string kFile = "test/unit/lcut_failing_program.cpp";
 const std::string kLong =
     "abcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwx-50-"
     "abcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwx-104-abcdefghijklmnopqr";
 
-std::string heading(const std::string& test) {
-  const std::string rule(57, '*');
-  return "\r\n" + rule + "\r\n\t\x1b[32mLCUT -- Lightweight C Unit Testing framework\x1b[0m\r\n" +
-         std::string(22, ' ') + "By Ovinar\r\n\tVersion : 0.3.2\r\n" + rule +
-         "\r\n\r\n\x1b[33mUnit Test for '" + test + "'\x1b[0m\r\n\r\n";
-}
-
-std::string suite(const std::string& name) {
-  return "\r\n\t\x1b[33mSuite\x1b[0m <" + name + "> : \r\n";
-}
-
-std::string passed(const std::string& name) {
-  return "\t\tCase '" + name + "': \x1b[32mPassed!\x1b[0m\r\n";
-}
-
-std::string failed(const std::string& name, const std::string& function, int line,
-                   const std::string& file, const std::string& message) {
-  return "\t\tCase '" + name + "': \x1b[31mFailure occurs in " + function + ", " +
-         std::to_string(line) + " line in file " + file + ", " + message + "\x1b[0m\r\n";
-}
-
-std::string summary(const std::string& suites, const std::string& failed_suites,
-                    const std::string& cases, const std::string& failed_cases) {
-  const std::string rule(57, '=');
-  const std::string verdict = failed_suites == "0"
-                                  ? std::string(17, ' ') + "\x1b[32mALL TESTS PASSED!\x1b[0m"
-                                  : std::string(19, ' ') + "\x1b[31mSOME TEST FAILED!\x1b[0m";
-  return "\r\n\x1b[33mSummary:\x1b[0m\r\n\tTotal Suites: " + suites +
-         " \r\n\tFailed Suites: " + failed_suites + " \r\n\tTotal Cases: " + cases +
-         " \r\n\tFailed Cases: " + failed_cases + " \r\n\r\n" + rule + "\r\n" + verdict + "\r\n" +
-         rule + "\r\n";
+Outcome run(const std::string& argument) {
+  return run_program("'" LCUT_FAILING_PROGRAM "' " + argument);
 }
 
 std::string missing_symbol(const std::string& line) {
@@ -98,7 +53,7 @@ TEST(LcutReport, ReportsFirstFailureOfEachCase) {
   expected += suite(kLong) + failed(kLong, kLong, 2147483647, kLong, "") + "[body argument]\r\n" +
               passed("late") + "[test teardown]\r\n";
   expected += summary("3", "2", "21", "19") + "results 3 22 2 19, flag 1, block 167, destroyed\r\n";
-  const Outcome outcome = run_program("");
+  const Outcome outcome = run("");
   EXPECT_EQ(outcome.output, expected);
   EXPECT_EQ(outcome.status, 19);
 }
@@ -111,7 +66,7 @@ TEST(LcutReport, ReportsPassingRunAndAddsToResults) {
   }
   expected += suite("mocks") + passed("values") + summary("2", "0", "9", "0") +
               "results 102 209 300 0, flag 7, block 165, destroyed\r\n";
-  const Outcome outcome = run_program("passing");
+  const Outcome outcome = run("passing");
   EXPECT_EQ(outcome.output, expected);
   EXPECT_EQ(outcome.status, 0);
 }
@@ -133,7 +88,7 @@ TEST(LcutReport, EndsProcessOnFatalErrors) {
            failed("far", kLong, 2147483647, kLong, "") + summary("1", "1", "1", "1") + no_memory},
   };
   for (const auto& r : runs) {
-    const Outcome outcome = run_program(r.run);
+    const Outcome outcome = run(r.run);
     EXPECT_EQ(outcome.output, r.output) << r.run;
     EXPECT_EQ(outcome.status, 1) << r.run;
   }

@@ -1,0 +1,32 @@
+// The runner's whole output and exit status on suites that fail.
+#include <gtest/gtest.h>
+
+#include "test/unit/lcut_output.hpp"
+#include "test/unit/run_program.hpp"
+
+namespace {
+
+void expect_run(int failing, int status, const std::string& milliseconds) {
+  std::string expected =
+      heading("NN library test unit") + suite("first") + passed("pass") + suite("second");
+  for (int i = 0; i < failing; ++i) {
+    expected += failed("fail", "fail", 101, "test/unit/runner_failing_suites.cpp",
+                       "expected <2> : actual <3> : diff <-1>");
+  }
+  expected += passed("last") + summary("2", failing != 0 ? "1" : "0", std::to_string(2 + failing),
+                                       std::to_string(failing));
+  expected +=
+      "[Timer NN library test unit - main timer] Total time: " + milliseconds + " (ms)\r\n\r\n";
+  const Outcome outcome = run_program("FAILING_CASES=" + std::to_string(failing) +
+                                      " '" RUNNER_FAILING_PROGRAM "' ignored arguments");
+  EXPECT_EQ(outcome.output, expected);
+  EXPECT_EQ(outcome.status, status);
+}
+
+TEST(Runner, CountsFailingCasesInItsStatusAndTimesTheRunAlone) {
+  expect_run(0, 0, "1.234");
+  expect_run(1, 1, "1.851");
+  expect_run(300, 255, "186.334");  // a status has 8 bits
+}
+
+}  // namespace
