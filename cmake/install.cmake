@@ -5,7 +5,7 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/nnlib)
 install(TARGETS nnlib lcut EXPORT nnlib-targets)
 install(EXPORT nnlib-targets NAMESPACE nnlib:: DESTINATION ${package_dir})
 install(FILES nnlib.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nnlib)
-install(DIRECTORY core kernels layers lcut
+install(DIRECTORY core kernels layers layers_quantized lcut
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nnlib FILES_MATCHING PATTERN "*.h")
 
 configure_package_config_file(cmake/nnlib-config.cmake.in nnlib-config.cmake

@@ -4,7 +4,7 @@
 
 #include "core/scalar_ops.hpp"
 
-namespace ops = nnlib::ops;
+using nnlib::Ops;
 
 float func_dummy(float x) {
   return x;
@@ -20,35 +20,35 @@ const float* ai_math_dot_array(float* out, const float* a, const float* b, ai_si
 }
 
 float ai_math_sqrt(float x) {
-  return ops::sqrt(x);
+  return Ops::sqrt(x);
 }
 float ai_math_exp(float x) {
-  return ops::exp(x);
+  return Ops::exp(x);
 }
 float ai_math_pow(float x, float y) {
   return static_cast<float>(pow(static_cast<double>(x), static_cast<double>(y)));
 }
 float ai_math_tanh(float x) {
-  return ops::tanh(x);
+  return Ops::tanh(x);
 }
 float ai_math_cosh(float x) {
-  return ops::cosh(x);
+  return Ops::cosh(x);
 }
 
 float ai_math_relu(float x) {
-  return ops::relu(x);
+  return Ops::relu(x);
 }
 float ai_math_prelu(float x, float slope) {
   return 0.0f > x ? x * slope : x;
 }
 float ai_math_sigmoid(float x) {
-  return ops::sigmoid(x);
+  return Ops::sigmoid(x);
 }
 float ai_math_hard_sigmoid(float x) {
-  return ops::hard_sigmoid(x);
+  return Ops::hard_sigmoid(x);
 }
 float ai_math_sign(float x) {
-  return ops::sign(x);
+  return Ops::sign(x);
 }
 
 float ai_sum(float a, float b) {
@@ -70,7 +70,7 @@ float ai_min(float a, float b) {
   return a < b ? a : b;
 }
 float ai_floor_div(float a, float b) {
-  return ops::floor(a / b);
+  return Ops::floor(a / b);
 }
 float ai_floor_mod(float a, float b) {
   return fmodf(a, b);

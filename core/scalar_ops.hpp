@@ -8,7 +8,7 @@
 #include <bit>
 #include <cstdint>
 
-namespace nnlib::ops {
+namespace nnlib {
 
 // condition ? a : b with both computed: a choice between results, where a compiler would branch
 // around the arithmetic instead of vectorising it.
@@ -30,120 +30,56 @@ inline float round_by(float x, Step step) {
   return select(has_fraction, copysignf(truncated + step(x, truncated), x), x);
 }
 
-// In double precision where the library's double function is called.
-inline float abs(float x) {
-  return fabsf(x);
-}
-inline float acos(float x) {
-  return acosf(x);
-}
-inline float acosh(float x) {
-  return acoshf(x);
-}
-inline float asin(float x) {
-  return asinf(x);
-}
-inline float asinh(float x) {
-  return asinhf(x);
-}
-inline float atan(float x) {
-  return atanf(x);
-}
-inline float atanh(float x) {
-  return atanhf(x);
-}
-inline float ceil(float x) {
-  return round_by(
-      x, [](float value, float truncated) { return select(value > truncated, 1.0f, 0.0f); });
-}
-inline float cos(float x) {
-  return cosf(x);
-}
-inline float cosh(float x) {
-  return static_cast<float>(::cosh(static_cast<double>(x)));
-}
-inline float erf(float x) {
-  return erff(x);
-}
-inline float exp(float x) {
-  return static_cast<float>(::exp(static_cast<double>(x)));
-}
-inline float floor(float x) {
-  return round_by(
-      x, [](float value, float truncated) { return select(truncated > value, -1.0f, 0.0f); });
-}
-inline float log(float x) {
-  return logf(x);
-}
-inline float neg(float x) {
-  return -x;
-}
-inline float reciprocal(float x) {
-  return 1.0f / x;
-}
-inline float relu(float x) {
-  return 0.0f > x ? 0.0f : x;
-}
-inline float round(float x) {
-  return roundf(x);
-}
-inline float sigmoid(float x) {
-  return 1.0f / (1.0f + exp(-x));
-}
-inline float sign(float x) {
-  return x > 0.0f ? 1.0f : -1.0f;
-}
-inline float sin(float x) {
-  return sinf(x);
-}
-inline float sinh(float x) {
-  return static_cast<float>(::sinh(static_cast<double>(x)));
-}
-inline float soft_plus(float x) {
-  return logf(exp(x) + 1.0f);
-}
-inline float soft_sign(float x) {
-  return x / (1.0f + fabsf(x));
-}
-inline float sqrt(float x) {
-  return sqrtf(x);
-}
-inline float rsqrt(float x) {
-  return 1.0f / sqrtf(x);
-}
-inline float tan(float x) {
-  return tanf(x);
-}
-inline float tanh(float x) {
-  return static_cast<float>(::tanh(static_cast<double>(x)));
-}
-inline float hard_sigmoid(float x) {
-  const float t = x * 0.2f + 0.5f;
-  return t > 1.0f ? 1.0f : 0.0f > t ? 0.0f : t;
-}
+// Named like the public functions. p are the parameters of an operation.
+struct Ops {
+  static float abs(float x) { return fabsf(x); }
+  static float acos(float x) { return acosf(x); }
+  static float acosh(float x) { return acoshf(x); }
+  static float asin(float x) { return asinf(x); }
+  static float asinh(float x) { return asinhf(x); }
+  static float atan(float x) { return atanf(x); }
+  static float atanh(float x) { return atanhf(x); }
+  static float ceil(float x) {
+    return round_by(x, [](float v, float truncated) { return select(v > truncated, 1.0f, 0.0f); });
+  }
+  static float clip(float x, const float* p) { return at_most(x > p[0] ? x : p[0], p[1]); }
+  static float cos(float x) { return cosf(x); }
+  static float cosh(float x) { return static_cast<float>(::cosh(static_cast<double>(x))); }
+  static float elu(float x, const float* p) {
+    return relu(x) + at_most_zero(p[0] * (exp(x) - 1.0f));
+  }
+  static float erf(float x) { return erff(x); }
+  static float exp(float x) { return static_cast<float>(::exp(static_cast<double>(x))); }
+  static float floor(float x) {
+    return round_by(x, [](float v, float truncated) { return select(truncated > v, -1.0f, 0.0f); });
+  }
+  static float hard_sigmoid(float x) { return unit(x * 0.2f + 0.5f); }
+  static float log(float x) { return logf(x); }
+  static float neg(float x) { return -x; }
+  // The product with 0 brings an infinite or NaN slope in above 0, too.
+  static float prelu(float x, float slope) { return relu(x) + slope * (x > 0.0f ? 0.0f : x); }
+  static float reciprocal(float x) { return 1.0f / x; }
+  static float relu(float x) { return 0.0f > x ? 0.0f : x; }
+  static float relu_thresholded(float x, const float* p) { return p[0] > x ? 0.0f : x; }
+  static float round(float x) { return roundf(x); }
+  static float rsqrt(float x) { return 1.0f / sqrtf(x); }
+  static float selu(float x, const float* p) { return p[1] * elu(x, p); }
+  static float sigmoid(float x) { return 1.0f / (1.0f + exp(-x)); }
+  static float sign(float x) { return x > 0.0f ? 1.0f : -1.0f; }
+  static float sin(float x) { return sinf(x); }
+  static float sinh(float x) { return static_cast<float>(::sinh(static_cast<double>(x))); }
+  static float soft_plus(float x) { return logf(exp(x) + 1.0f); }
+  static float soft_sign(float x) { return x / (1.0f + fabsf(x)); }
+  static float sqrt(float x) { return sqrtf(x); }
+  static float tan(float x) { return tanf(x); }
+  static float tanh(float x) { return static_cast<float>(::tanh(static_cast<double>(x))); }
 
-// With parameters p.
-inline float relu_thresholded(float x, const float* p) {
-  return p[0] > x ? 0.0f : x;
-}
-inline float clip(float x, const float* p) {
-  const float bounded = x > p[0] ? x : p[0];
-  return bounded < p[1] ? bounded : p[1];
-}
-inline float elu(float x, const float* p) {
-  const float e = p[0] * (exp(x) - 1.0f);
-  return relu(x) + (e > 0.0f ? 0.0f : e);
-}
-inline float selu(float x, const float* p) {
-  return p[1] * elu(x, p);
-}
+ private:
+  static float at_most(float x, float hi) { return x < hi ? x : hi; }
+  static float at_most_zero(float x) { return x > 0.0f ? 0.0f : x; }
+  static float unit(float x) { return x > 1.0f ? 1.0f : 0.0f > x ? 0.0f : x; }
+};
 
-// max(0, x) + slope * x for x <= 0 and max(0, x) - slope * 0 above: the product with -0 is the
-// negated product with 0.
-inline float prelu(float x, float slope) {
-  return relu(x) + slope * (x > 0.0f ? -0.0f : x);
-}
-
-}  // namespace nnlib::ops
+}  // namespace nnlib
 
 #endif

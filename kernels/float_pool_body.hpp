@@ -69,7 +69,7 @@ void pool_pixel(const WindowCells& cells, float start, float count, const float*
 }
 
 template <Pooling kind>
-void pool(const PoolGeometry& g, const PoolOptions& options, const float* in, float* out) {
+void pool(PoolGeometry g, PoolOptions options, const float* in, float* out) {
   const size_t row_pitch = size_t{g.in_width} * g.channels;
   for (uint32_t y = 0; y < g.out_height; ++y) {
     const Window rows = g.rows(y);

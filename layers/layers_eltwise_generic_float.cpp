@@ -1,21 +1,16 @@
 #include "layers/layers_eltwise_generic_float.h"
 
 #include <algorithm>
-#include <cstring>
 #include <type_traits>
 
 #include "core/core_broadcast.h"
-#include "kernels/vector.hpp"
+#include "layers/lanes.hpp"
 #include "layers/layer_tensors.hpp"
 #include "layers/loop_nest.hpp"
 
 using namespace nnlib;
 
 namespace {
-
-// Already at the limit of the caches: wider instances would gain nothing.
-constexpr ptrdiff_t kLanes = NNLIB_VECTOR_LANES;
-using Lanes = VectorOf<float, kLanes>::type;
 
 // Calls use with the operation: a built-in one as code that takes floats and lanes alike, any
 // other as the function it is.
@@ -41,11 +36,7 @@ void with_operation(ai_binary_fn operation, Use use) {
 // The values of an operand along a run: a new one at every visit, or always the same.
 struct Changing {
   explicit Changing(const float* first) : values(first) {}
-  Lanes lanes(ptrdiff_t i) const {
-    Lanes loaded;
-    std::memcpy(&loaded, values + i, sizeof(loaded));
-    return loaded;
-  }
+  Lanes lanes(ptrdiff_t i) const { return load_lanes(values + i); }
   const float* values;
 };
 struct Constant {
@@ -62,8 +53,7 @@ ptrdiff_t combine_lanes(float* out, const float* a, const float* b, ptrdiff_t si
   const B from_b(b);
   ptrdiff_t i = 0;
   for (; i + kLanes <= size; i += kLanes) {
-    const Lanes result = operation(from_a.lanes(i), from_b.lanes(i));
-    std::memcpy(out + i, &result, sizeof(result));
+    store_lanes(out + i, operation(from_a.lanes(i), from_b.lanes(i)));
   }
   return i;
 }

@@ -9,7 +9,7 @@
 
 namespace {
 
-namespace ops = nnlib::ops;
+using nnlib::Ops;
 
 // Elements taken at a time: arithmetic becomes vector instructions, library calls stay single.
 constexpr ai_size kVector = 8;
@@ -64,7 +64,7 @@ void run_with_parameters(ai_layer* layer, ai_nl_func kernel) {
 #define DEFINE_KERNEL(op, block)                                                      \
   void nl_func_##op##_array_f32(ai_array* out, const ai_array* in, ai_size size,      \
                                 const void* /*params*/) {                             \
-    map<block>(out, in, size, [](float x, ai_size /*index*/) { return ops::op(x); }); \
+    map<block>(out, in, size, [](float x, ai_size /*index*/) { return Ops::op(x); }); \
   }
 #define DEFINE_FORWARD(op)                          \
   void forward_##op(ai_layer* layer) {              \
@@ -76,7 +76,7 @@ void run_with_parameters(ai_layer* layer, ai_nl_func kernel) {
   void nl_func_##op##_array_f32(ai_array* out, const ai_array* in, ai_size size,            \
                                 const void* params) {                                       \
     const float* p = static_cast<const float*>(params);                                     \
-    map<kVector>(out, in, size, [p](float x, ai_size /*index*/) { return ops::op(x, p); }); \
+    map<kVector>(out, in, size, [p](float x, ai_size /*index*/) { return Ops::op(x, p); }); \
   }                                                                                         \
   void forward_##op(ai_layer* layer) {                                                      \
     run_with_parameters(layer, nl_func_##op##_array_f32);                                   \
@@ -94,11 +94,11 @@ void nl_func_relu_generic_array_f32(ai_array* out, const ai_array* in, ai_size s
   const float slope = p[1];
   const float max = p[2];
   const auto leaky = [=](float x, ai_size /*index*/) {
-    return ops::select(threshold > x, (x - threshold) * slope, x);
+    return nnlib::select(threshold > x, (x - threshold) * slope, x);
   };
   if (!(0.0f > max)) {
     map<kVector>(out, in, size, [=](float x, ai_size index) {
-      return ops::select(x < max, leaky(x, index), max);
+      return nnlib::select(x < max, leaky(x, index), max);
     });
   } else if (slope == 0.0f) {
     nl_func_relu_thresholded_array_f32(out, in, size, params);
@@ -120,7 +120,7 @@ void forward_relu(ai_layer* layer) {
 
 void nl_func_prelu_array_f32(ai_array* out, const ai_array* in, ai_size size, const void* params) {
   const float* slopes = static_cast<const float*>(params);
-  map<kVector>(out, in, size, [slopes](float x, ai_size i) { return ops::prelu(x, slopes[i]); });
+  map<kVector>(out, in, size, [slopes](float x, ai_size i) { return Ops::prelu(x, slopes[i]); });
 }
 
 void forward_prelu(ai_layer* layer) {

@@ -87,7 +87,7 @@ void forward_bn(ai_layer* layer) {
 
 void func_lrn_channel_f32(float* out, const float* in, int32_t channels, int32_t half, float k,
                           float alpha, float beta) {
-  std::fill_n(out, std::max(channels, 0), 0.0f);
+  std::fill_n(out, std::max(channels, int32_t{0}), 0.0f);
   for (int32_t i = 0; i < channels; ++i) {
     const float square = in[i] * in[i];
     const int32_t first = i > half ? i - half : 0;

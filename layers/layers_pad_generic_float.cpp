@@ -1,6 +1,7 @@
 #include "layers/layers_pad_generic_float.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #include "layers/layer_tensors.hpp"

@@ -10,6 +10,7 @@
  * chains; the add callback typically copies the result of the first branch into a sum and adds
  * those of the others to it.
  *
+ *   static ai_layer_split split;
  *   static ai_layer* const starts[] = {&a, &c};
  *   static void* const results[] = {&b_out, &c_out};
  *   static ai_layer_add add = {AI_LAYER(AI_LAYER_TYPE_ADD, forward_add, &add_chain, &after),

@@ -19,7 +19,7 @@ void nl_func_sm_channel_f32(ai_array* out_array, const ai_array* in_array, ai_si
   }
   float sum = 0.0f;
   for (ai_size i = 0; i < channels; ++i) {
-    out[i] = nnlib::ops::exp(in[i] - largest);
+    out[i] = nnlib::Ops::exp(in[i] - largest);
     sum += out[i];
   }
   const float scale = 1.0f / sum;

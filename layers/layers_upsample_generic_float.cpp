@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "layers/lanes.hpp"
 #include "layers/layer_tensors.hpp"
+#include "layers/signed_dims.hpp"
 
 using namespace nnlib;
 
@@ -65,11 +67,31 @@ struct Between {
   float distance;
 };
 
+// Four pixels and their weights.
+struct Mix {
+  const float* pixel[4];
+  float weight[4];
+
+  void write(float* out, ptrdiff_t values) const {
+    const auto mixed = [this](auto p0, auto p1, auto p2, auto p3) {
+      return weight[0] * p0 + weight[1] * p1 + weight[2] * p2 + weight[3] * p3;
+    };
+    ptrdiff_t i = 0;
+    for (; i + kLanes <= values; i += kLanes) {
+      store_lanes(out + i, mixed(load_lanes(pixel[0] + i), load_lanes(pixel[1] + i),
+                                 load_lanes(pixel[2] + i), load_lanes(pixel[3] + i)));
+    }
+    for (; i < values; ++i) {
+      out[i] = mixed(pixel[0][i], pixel[1][i], pixel[2][i], pixel[3][i]);
+    }
+  }
+};
+
 void upsample_bilinear(const ai_tensor& input, const ai_tensor& output, Scales scales,
                        bool center) {
   const MapDims in = map_dims(input);
   const MapDims out = map_dims(output);
-  const uint32_t values = in.channels * input.shape.data[AI_SHAPE_N];
+  const ptrdiff_t values = signed_dim(input, AI_SHAPE_C) * signed_dim(input, AI_SHAPE_N);
   const auto values_at = [](const ai_tensor& map, uint32_t y, uint32_t x) {
     return reinterpret_cast<float*>(pixel_at(map, y, x));
   };
@@ -77,18 +99,11 @@ void upsample_bilinear(const ai_tensor& input, const ai_tensor& output, Scales s
     const Between y(r, scales.height, center, in.height);
     for (uint32_t c = 0; c < out.width; ++c) {
       const Between x(c, scales.width, center, in.width);
-      const float* const p00 = values_at(input, y.first, x.first);
-      const float* const p01 = values_at(input, y.first, x.second);
-      const float* const p10 = values_at(input, y.second, x.first);
-      const float* const p11 = values_at(input, y.second, x.second);
-      const float w00 = (1.0f - y.distance) * (1.0f - x.distance);
-      const float w01 = (1.0f - y.distance) * x.distance;
-      const float w10 = y.distance * (1.0f - x.distance);
-      const float w11 = y.distance * x.distance;
-      float* const result = values_at(output, r, c);
-      for (uint32_t i = 0; i < values; ++i) {
-        result[i] = w00 * p00[i] + w01 * p01[i] + w10 * p10[i] + w11 * p11[i];
-      }
+      const Mix mix = {{values_at(input, y.first, x.first), values_at(input, y.first, x.second),
+                        values_at(input, y.second, x.first), values_at(input, y.second, x.second)},
+                       {(1.0f - y.distance) * (1.0f - x.distance), (1.0f - y.distance) * x.distance,
+                        y.distance * (1.0f - x.distance), y.distance * x.distance}};
+      mix.write(values_at(output, r, c), values);
     }
   }
 }
