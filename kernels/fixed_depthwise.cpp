@@ -1,0 +1,16 @@
+#include "kernels/fixed_depthwise.hpp"
+
+#include "kernels/vector.hpp"
+
+#if NNLIB_VECTOR_WIDE
+#include <immintrin.h>
+#endif
+
+#include <algorithm>
+
+#define NNLIB_VECTOR_BODY "kernels/fixed_depthwise_body.hpp"
+#include "kernels/vector_bodies.hpp"
+
+void nnlib::fixed_depthwise(const FixedConv<q7_t>& conv) {
+  NNLIB_VECTOR(convolve_channels)(conv);
+}

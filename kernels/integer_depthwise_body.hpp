@@ -1,0 +1,196 @@
+#include "kernels/requantize_lanes.hpp"
+
+template <class Types>
+struct Depthwise {
+  const ConvGeometry& g;
+  const typename Types::Activation* in;
+  const int32_t* bias;  // may be null
+  const KoQuantization<Types>& quantization;
+  AdaptedWeights order;
+  const int16_t* weights;              // adapted
+  typename Types::Activation* window;  // in the wide instance: taps * 8 values
+};
+
+// One pixel's outputs of a block of four channels, or of one of the channels behind the blocks.
+template <uint32_t kChannels, class Types>
+void depthwise_outputs(const Depthwise<Types>& d, const Window& rows, const Window& columns,
+                       uint32_t channel, typename Types::Activation* out) {
+  const size_t channels = d.order.channels;
+  const int16_t* weights = d.weights + d.order.index(channel, 0);
+  const uint32_t paired = kChannels == 1 ? 0 : d.order.taps & ~1u;
+  uint32_t sums[kChannels] = {};
+  for (uint32_t ky = 0; ky < rows.count && !columns.empty(); ++ky) {
+    const auto* in =
+        d.in + (size_t{rows.begin + ky} * d.g.in_width + columns.begin) * channels + channel;
+    const uint32_t row_tap = (rows.tap + ky) * d.g.kernel_width + columns.tap;
+    for (uint32_t tap = row_tap; tap < row_tap + columns.count; ++tap, in += channels) {
+      const bool in_pair = tap < paired;
+      const int16_t* weight =
+          weights + (in_pair ? (tap & ~1u) * kChannels + (tap & 1) : tap * kChannels);
+      const size_t step = in_pair ? 2 : 1;
+      for (uint32_t i = 0; i < kChannels; ++i) {
+        const int32_t value = in[i] - d.quantization.in_zeropoint;
+        sums[i] += static_cast<uint32_t>(weight[i * step] * value);
+      }
+    }
+  }
+  for (uint32_t i = 0; i < kChannels; ++i) {
+    const int32_t start = d.bias != nullptr ? d.bias[channel + i] : 0;
+    out[channel + i] =
+        requantize(d.quantization, channel + i, wrapping_add(start, static_cast<int32_t>(sums[i])));
+  }
+}
+
+// One pixel's outputs from channel `from` on.
+template <class Types>
+void depthwise_pixel(const Depthwise<Types>& d, uint32_t x, uint32_t y, uint32_t from,
+                     typename Types::Activation* out) {
+  const Window rows = d.g.rows(y);
+  const Window columns = d.g.columns(x);
+  uint32_t channel = from;
+  for (; channel + 4 <= d.order.channels; channel += 4) {
+    depthwise_outputs<4>(d, rows, columns, channel, out);
+  }
+  for (; channel < d.order.channels; ++channel) {
+    depthwise_outputs<1>(d, rows, columns, channel, out);
+  }
+}
+
+#if NNLIB_LANES == 8
+
+constexpr uint32_t kMostTaps = 64;
+
+// The taps of eight channels at one pixel: where they are, and their weights.
+struct Taps {
+  uint32_t count;
+  size_t inside[kMostTaps];  // elements from the first tap of a window inside the map
+  __m256i weights[kMostTaps / 2];
+};
+
+template <class Activation>
+NNLIB_ALWAYS_INLINE __m256i pair_of_taps(const Activation* first, const Activation* second) {
+  const __m128i a = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(first));
+  const __m128i b = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(second));
+  const __m128i pairs = _mm_unpacklo_epi8(a, b);
+  return std::is_signed_v<Activation> ? _mm256_cvtepi8_epi16(pairs) : _mm256_cvtepu8_epi16(pairs);
+}
+
+// Weights of eight channels as 32-bit lanes of two taps each; the lone last tap has a zero beside.
+template <class Types>
+NNLIB_ALWAYS_INLINE void load_weights(const Depthwise<Types>& d, uint32_t channel, Taps& taps) {
+  const int16_t* block = d.weights + d.order.index(channel, 0);
+  const int16_t* next = d.weights + d.order.index(channel + 4, 0);
+  uint32_t k = 0;
+  for (; k + 2 <= taps.count; k += 2) {
+    taps.weights[k / 2] =
+        _mm256_set_m128i(_mm_loadu_si128(reinterpret_cast<const __m128i*>(next + 4 * k)),
+                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + 4 * k)));
+  }
+  if (k < taps.count) {
+    taps.weights[k / 2] = _mm256_cvtepu16_epi32(
+        _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(block + 4 * k)),
+                           _mm_loadl_epi64(reinterpret_cast<const __m128i*>(next + 4 * k))));
+  }
+}
+
+// Copies a window that lies partly outside the map, the outside as the zero point.
+template <class Types>
+void gather_window(const Depthwise<Types>& d, const Window& rows, const Window& columns,
+                   uint32_t channel, uint32_t taps) {
+  std::memset(d.window, d.quantization.in_zeropoint, size_t{taps} * 8);
+  for (uint32_t ky = 0; ky < rows.count && !columns.empty(); ++ky) {
+    for (uint32_t kx = 0; kx < columns.count; ++kx) {
+      const uint32_t tap = (rows.tap + ky) * d.g.kernel_width + columns.tap + kx;
+      const size_t pixel = size_t{rows.begin + ky} * d.g.in_width + columns.begin + kx;
+      std::memcpy(d.window + size_t{tap} * 8, d.in + pixel * d.order.channels + channel, 8);
+    }
+  }
+}
+
+// Eight channels of a row of outputs.
+template <class Types>
+void depthwise_row(const Depthwise<Types>& d, uint32_t y, uint32_t channel, Taps& taps,
+                   typename Types::Activation* out) {
+  load_weights(d, channel, taps);
+  // Inputs stay as they are: the biases take up the input zero point.
+  __m256i weight_sum = _mm256_setzero_si256();
+  for (uint32_t k = 0; k < taps.count; k += 2) {
+    weight_sum =
+        _mm256_add_epi32(weight_sum, _mm256_madd_epi16(taps.weights[k / 2], _mm256_set1_epi16(1)));
+  }
+  const __m256i bias =
+      d.bias != nullptr ? channel_lanes<8>(d.bias + channel, 8) : _mm256_setzero_si256();
+  const __m256i start = _mm256_sub_epi32(
+      bias, _mm256_mullo_epi32(weight_sum, _mm256_set1_epi32(d.quantization.in_zeropoint)));
+  const Requantizer to_output = requantizer<8>(d.quantization, channel, 8);
+
+  const Window rows = d.g.rows(y);
+  for (uint32_t x = 0; x < d.g.out_width; ++x, out += d.order.channels) {
+    const Window columns = d.g.columns(x);
+    const bool inside = rows.count == d.g.kernel_height && columns.count == d.g.kernel_width;
+    const auto* first =
+        d.in + (size_t{rows.begin} * d.g.in_width + columns.begin) * d.order.channels + channel;
+    if (!inside) {
+      gather_window(d, rows, columns, channel, taps.count);
+      first = d.window;
+    }
+    __m256i sum = start;
+    for (uint32_t k = 0; k < taps.count; k += 2) {
+      const uint32_t second = std::min(k + 1, taps.count - 1);
+      const __m256i values = inside
+                                 ? pair_of_taps(first + taps.inside[k], first + taps.inside[second])
+                                 : pair_of_taps(first + k * 8, first + second * 8);
+      sum = _mm256_add_epi32(sum, _mm256_madd_epi16(values, taps.weights[k / 2]));
+    }
+    store_quads(to_output(sum), out, 4, out + 4, 4);
+  }
+}
+
+// Computes whole blocks of eight channels of a row of outputs; returns how many channels that was.
+template <class Types>
+uint32_t depthwise_blocks(const Depthwise<Types>& d, uint32_t y, typename Types::Activation* out) {
+  if (d.order.taps > kMostTaps) {
+    return 0;
+  }
+  Taps taps;
+  taps.count = d.order.taps;
+  for (uint32_t k = 0; k < taps.count; ++k) {
+    const size_t row = k / d.g.kernel_width;
+    taps.inside[k] = (row * d.g.in_width + k % d.g.kernel_width) * d.order.channels;
+  }
+  const uint32_t channels = d.order.channels & ~7u;
+  for (uint32_t c = 0; c < channels; c += 8) {
+    depthwise_row(d, y, c, taps, out + c);
+  }
+  return channels;
+}
+
+#else
+
+template <class Types>
+uint32_t depthwise_blocks(const Depthwise<Types>&, uint32_t, typename Types::Activation*) {
+  return 0;
+}
+
+#endif
+
+template <class Types>
+void convolve_channels(const ConvGeometry& g, const typename Types::Activation* in,
+                       const int32_t* bias, const KoQuantization<Types>& quantization,
+                       int16_t* scratch, typename Types::Activation* out) {
+  const AdaptedWeights order = {g.in_channels, g.kernel_width * g.kernel_height};
+  const Depthwise<Types> d = {g,
+                              in,
+                              bias,
+                              quantization,
+                              order,
+                              scratch + order.start(),
+                              reinterpret_cast<typename Types::Activation*>(scratch)};
+  const size_t row_length = size_t{g.out_width} * g.in_channels;
+  for (uint32_t y = 0; y < g.out_height; ++y, out += row_length) {
+    const uint32_t done = depthwise_blocks(d, y, out);
+    for (uint32_t x = 0; x < g.out_width && done < g.in_channels; ++x) {
+      depthwise_pixel(d, x, y, done, out + size_t{x} * g.in_channels);
+    }
+  }
+}

@@ -1,0 +1,37 @@
+// The arithmetic that ko_requantize.h states.
+#ifndef NNLIB_KERNELS_KO_REQUANTIZE_HPP
+#define NNLIB_KERNELS_KO_REQUANTIZE_HPP
+
+#include <algorithm>
+#include <cstdint>
+
+#include "kernels/ko_types.hpp"
+#include "kernels/saturate.hpp"
+
+namespace nnlib {
+
+inline int32_t requantize(int32_t acc, int32_t multiplier, int32_t shift, int32_t zeropoint) {
+  const int32_t left = shift > 0 ? 1 : 1 - shift;
+  const uint32_t shifted = left < 32 ? static_cast<uint32_t>(acc) << left : 0u;
+  const int64_t product = int64_t{static_cast<int32_t>(shifted)} * multiplier;
+  if (shift <= 0) {
+    return static_cast<int32_t>((product + (INT64_C(1) << 31)) >> 32) + zeropoint;
+  }
+  // |product| <= 2^62: from 32 on every shift leaves nothing of the rounded product.
+  const int32_t right = std::min(shift, int32_t{32});
+  const int64_t rounded = (product >> 32) + (INT64_C(1) << (right - 1));
+  return static_cast<int32_t>(rounded >> right) + zeropoint;
+}
+
+// The output of an output channel.
+template <class Types>
+typename Types::Activation requantize(const KoQuantization<Types>& q, uint32_t channel,
+                                      int32_t acc) {
+  const uint32_t entry = q.entry(channel);
+  return saturate<typename Types::Activation>(
+      requantize(acc, q.multiplier[entry], q.shift[entry], q.out_zeropoint));
+}
+
+}  // namespace nnlib
+
+#endif

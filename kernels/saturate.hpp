@@ -1,0 +1,30 @@
+// Narrowing to an integer type's range.
+#ifndef NNLIB_KERNELS_SATURATE_HPP
+#define NNLIB_KERNELS_SATURATE_HPP
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
+namespace nnlib {
+
+template <class T>
+constexpr T saturate(int32_t value) {
+  constexpr int32_t low = std::numeric_limits<T>::min();
+  constexpr int32_t high = std::numeric_limits<T>::max();
+  return static_cast<T>(std::min(std::max(value, low), high));
+}
+
+// The fraction cut off; NaN gives 0. For types of at most 16 bits, whose limits a float holds.
+template <class T>
+constexpr T saturate(float value) {
+  static_assert(sizeof(T) <= 2);
+  constexpr float low = std::numeric_limits<T>::min();
+  constexpr float high = std::numeric_limits<T>::max();
+  const float number = value == value ? value : 0.0f;
+  return static_cast<T>(static_cast<int32_t>(std::min(std::max(number, low), high)));
+}
+
+}  // namespace nnlib
+
+#endif

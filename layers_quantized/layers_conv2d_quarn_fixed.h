@@ -1,0 +1,50 @@
+/* Two-dimensional convolution of fixed-point maps: layers of type CONV2D and OPTIMIZED_CONV2D.
+ *
+ * Lists as in layers_conv2d_generic_float.h: input, output, weights with the optional bias and the
+ * optional parameters of the nonlinearity, scratch as below. Weights have the shape
+ * (C_in, K_w, K_h, C_out): in memory [C_out][K_h][K_w][C_in]; with groups equal to C_in and not 1
+ * (C_out, K_w, K_h, 1), in memory [K_h][K_w][C_out], output channel c seeing input channel
+ * c / (C_out / C_in). Dilation is not read.
+ *
+ * Input, weights, bias and output have the same width, 8 or 16 bits, and each its own fractional
+ * bits. The sum of products has fi + fw of them, those of input and weights together; the bias is
+ * shifted left to that scale, the sum right to that of the output, rounded to nearest with halves
+ * going up and saturated. An output with more fractional bits than the sum is computed without
+ * shift and then shifted left, saturating. The bias must not have more fractional bits than the
+ * sum.
+ *
+ * Q15 needs one group and as much height as width in everything: maps, kernel, strides, paddings.
+ * Any other Q15 layer, and groups that are neither 1 nor C_in, hang. */
+#ifndef NNLIB_LAYERS_QUANTIZED_LAYERS_CONV2D_QUARN_FIXED_H
+#define NNLIB_LAYERS_QUANTIZED_LAYERS_CONV2D_QUARN_FIXED_H
+
+#include "layers/layers_conv2d_generic_float.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Scratch 0: ai_conv2d_fixed_scratch_size bytes, aligned for 16-bit elements, contents of no
+ * matter; the list may be empty when that is 0. nl_func, when not null, is then applied in place to
+ * the C_out values of each pixel, with the data of weights 2 or else of nl_params. */
+void forward_conv2d_fixed(ai_layer* layer); /* an ai_layer_conv2d */
+
+/* Convolution, nl_func and pooling, the same bytes as the three in sequence give, without the whole
+ * convolved map. That map has the format of output 0, which is the pooled map.
+ *
+ * Scratch 0 (1, C_out, W_conv, rows) holds convolved rows, W_conv the width of the convolved map,
+ * at least as many as a pooling window is high; more rows mean fewer moves. Scratch 1 is what
+ * scratch 0 is for forward_conv2d_fixed. The convolved map has (pad top + pad bottom + H_in - K_h)
+ * / stride_y + 1 rows; those that no window covers are not computed. pool_func and nl_func get
+ * arrays with the output's format. */
+void forward_conv2d_nl_pool_fixed(ai_layer* layer); /* an ai_layer_conv2d_nl_pool */
+
+/* Bytes of scratch for the convolution kernel of the layer; a fused one must have its scratch 0. */
+ai_size ai_conv2d_fixed_scratch_size(const ai_layer_conv2d* layer);
+ai_size ai_conv2d_nl_pool_fixed_scratch_size(const ai_layer_conv2d_nl_pool* layer);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,81 @@
+#include "layers_quantized/layers_nl_quarn_integer.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "layers/layer_tensors.hpp"
+
+namespace {
+
+// T for int8 or uint8 elements, as the format says.
+template <template <class> class Function>
+void apply(ai_array* out, const ai_array* in, ai_size size, const void* params) {
+  if (ai_fmt_is_signed(in->format)) {
+    Function<int8_t>::apply(static_cast<int8_t*>(out->data), static_cast<const int8_t*>(in->data),
+                            size, static_cast<const int8_t*>(params));
+  } else {
+    Function<uint8_t>::apply(static_cast<uint8_t*>(out->data),
+                             static_cast<const uint8_t*>(in->data), size,
+                             static_cast<const uint8_t*>(params));
+  }
+}
+
+template <class T>
+struct Relu {
+  static void apply(T* out, const T* in, ai_size size, const T* params) {
+    const T low = params[0];
+    std::transform(in, in + size, out, [low](T x) { return std::max(x, low); });
+  }
+};
+
+template <class T>
+struct Clip {
+  static void apply(T* out, const T* in, ai_size size, const T* params) {
+    const T low = params[0];
+    const T high = params[1];
+    std::transform(in, in + size, out,
+                   [low, high](T x) { return std::min(std::max(x, low), high); });
+  }
+};
+
+template <class T>
+struct Table {
+  static void apply(T* out, const T* in, ai_size size, const T* params) {
+    std::transform(in, in + size, out,
+                   [params](T x) { return params[x - std::numeric_limits<T>::min()]; });
+  }
+};
+
+void forward(ai_layer* layer, ai_nl_func function) {
+  const ai_tensor& input = nnlib::layer_input(*layer);
+  function(nnlib::layer_output(*layer).data, input.data, ai_shape_elements(&input.shape),
+           nnlib::layer_record<ai_layer_nl>(layer).nl_params->data);
+}
+
+}  // namespace
+
+void nl_func_relu_array_integer(ai_array* out, const ai_array* in, ai_size size,
+                                const void* params) {
+  apply<Relu>(out, in, size, params);
+}
+
+void nl_func_clip_array_integer(ai_array* out, const ai_array* in, ai_size size,
+                                const void* params) {
+  apply<Clip>(out, in, size, params);
+}
+
+void nl_func_array_integer(ai_array* out, const ai_array* in, ai_size size, const void* params) {
+  apply<Table>(out, in, size, params);
+}
+
+void forward_relu_integer(ai_layer* layer) {
+  forward(layer, nl_func_relu_array_integer);
+}
+
+void forward_clip_integer(ai_layer* layer) {
+  forward(layer, nl_func_clip_array_integer);
+}
+
+void forward_nl_integer(ai_layer* layer) {
+  forward(layer, nl_func_array_integer);
+}
