@@ -20,7 +20,7 @@ void check_formats(lcut_case* tc, uint32_t (*get_formats)(const uint32_t**),
   check_equal(tc, {Count}, {get_formats(&formats)}, site);
   for (uint32_t i = 0; i < Count; ++i) {
     check_equal(tc, {codes[i]}, {formats[i]}, site);
-    for (const uint32_t flags : {0u, kAllFlags}) {
+    for (const uint32_t flags : {uint32_t{0}, kAllFlags}) {
       lcut_str_equal(tc, names[i], name(codes[i] | flags), site.line, site.function, site.file);
     }
   }

@@ -14,7 +14,7 @@ import pathlib
 import sys
 
 HERE = pathlib.Path(__file__).resolve().parent
-TOOLS = {"generate", "emit", "data", "recurrent", "fixed_point"}
+TOOLS = {"generate", "emit", "data", "recurrent", "fixed_point", "quantized"}
 
 
 def main():

@@ -1,0 +1,94 @@
+#include "layers/layers_concat_generic_float.h"
+#include "layers/layers_dense_generic_float.h"
+#include "layers/layers_eltwise_generic_float.h"
+#include "layers/layers_time_delay_generic_float.h"
+#include "layers/layers_time_distributed_generic_float.h"
+#include "layers/layers_transpose_generic_float.h"
+#include "test/fixture.hpp"
+#include "test/reference/layers_ext.h"
+
+namespace {
+
+template <uint32_t C, uint32_t W, uint32_t H, uint32_t N, size_t Count>
+void check_transpose(lcut_case* tc, const uint32_t (&perm)[AI_SHAPE_DIMS],
+                     const float (&reference)[Count], Site site = CALLING_SITE) {
+  static constinit nnlib::tensor in({1, 2, 3, 4}, transpose_in_data);
+  static constinit output_tensor<float, N, C, W, H> out;
+  static constinit nnlib::chain chain(nnlib::list(in), nnlib::list(out));
+  ai_layer_transpose layer = {nnlib::layer(AI_LAYER_TYPE_TRANSPOSE, forward_transpose, chain),
+                              perm};
+  check_layer(tc, layer, reference, kFloatEpsilon, site);
+}
+
+}  // namespace
+
+CASE(tc_transpose_inv_conformance) {
+  check_transpose<3, 2, 1, 4>(tc, {AI_SHAPE_H, AI_SHAPE_W, AI_SHAPE_C, AI_SHAPE_N},
+                              transpose_inv_out_reference);
+}
+
+CASE(tc_transpose_swap_conformance) {
+  check_transpose<2, 4, 3, 1>(tc, {AI_SHAPE_N, AI_SHAPE_C, AI_SHAPE_H, AI_SHAPE_W},
+                              transpose_swap_out_reference);
+}
+
+CASE(tc_transpose_swap2_conformance) {
+  check_transpose<3, 2, 4, 1>(tc, {AI_SHAPE_N, AI_SHAPE_W, AI_SHAPE_C, AI_SHAPE_H},
+                              transpose_swap2_out_reference);
+}
+
+CASE(tc_concat_conformance) {
+  static constinit nnlib::tensor a({1, 2, 2, 3}, concat_in0_data);
+  static constinit nnlib::tensor b({1, 1, 2, 3}, concat_in1_data);
+  static constinit nnlib::tensor c({1, 2, 2, 1}, concat_in2_data);
+  static constinit output_tensor<float, 1, 3, 2, 3> channels_out;
+  static constinit output_tensor<float, 1, 2, 2, 4> height_out;
+  static constinit nnlib::chain channels_chain(nnlib::list(a, b), nnlib::list(channels_out));
+  static constinit nnlib::chain height_chain(nnlib::list(a, c), nnlib::list(height_out));
+  static constinit ai_layer_concat channels_layer = {
+      nnlib::layer(AI_LAYER_TYPE_CONCAT, forward_concat, channels_chain), AI_SHAPE_C};
+  static constinit ai_layer_concat height_layer = {
+      nnlib::layer(AI_LAYER_TYPE_CONCAT, forward_concat, height_chain), AI_SHAPE_H};
+  check_layer(tc, channels_layer, concat_channels_out_reference, kFloatEpsilon);
+  check_layer(tc, height_layer, concat_height_out_reference, kFloatEpsilon);
+}
+
+CASE(tc_time_delay_conformance) {
+  static constinit nnlib::tensor in({1, 3, 1, 13}, time_delay_in_data);
+  static constinit nnlib::tensor weights({3, 3, 1, 2}, time_delay_weight_data);
+  static constinit nnlib::tensor bias({1, 2, 1, 1}, time_delay_bias_data);
+  static constinit nnlib::tensor delays({1, 3, 1, 1}, time_delay_delays);
+  static constinit output_tensor<float, 1, 2, 1, 9> out;
+  static constinit nnlib::chain chain(nnlib::list(in), nnlib::list(out),
+                                      nnlib::list(weights, bias));
+  static constinit ai_layer_time_delay layer = {
+      nnlib::layer(AI_LAYER_TYPE_TIME_DELAY, forward_time_delay, chain), &delays.array};
+  check_layer(tc, layer, time_delay_out_reference, kFloatEpsilon);
+}
+
+// A dense layer and a scaling of its outputs, run on each of four steps. The inner layers name the
+// whole sequences where the steps are put in.
+CASE(tc_time_distributed_conformance) {
+  static constinit nnlib::tensor in({1, 3, 1, 4}, time_distributed_in_data);
+  static constinit nnlib::tensor weights({3, 2, 1, 1}, time_distributed_weight_data);
+  static constinit nnlib::tensor bias({1, 2, 1, 1}, time_distributed_bias_data);
+  static constinit nnlib::tensor scale({1, 2, 1, 1}, time_distributed_scale_data);
+  static constinit output_tensor<float, 1, 2, 1, 1> between;
+  static constinit output_tensor<float, 1, 2, 1, 4> out;
+  static constinit nnlib::chain dense_chain(nnlib::list(in), nnlib::list(between),
+                                            nnlib::list(weights, bias));
+  static constinit nnlib::chain scale_chain(nnlib::list(between, scale), nnlib::list(out));
+  static constinit nnlib::chain chain(nnlib::list(in), nnlib::list(out));
+  static constinit ai_layer_eltwise scale_layer = {
+      nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_eltwise, scale_chain), ai_mul};
+  static constinit ai_layer dense_layer =
+      nnlib::layer(AI_LAYER_TYPE_DENSE, forward_dense, dense_chain, &scale_layer.base);
+  static constinit ai_layer_time_distributed layer = {
+      nnlib::layer(AI_LAYER_TYPE_TIME_DISTRIBUTED, forward_time_distributed, chain), &dense_layer};
+  check_layer(tc, layer, time_distributed_out_reference, kFloatEpsilon);
+}
+
+SUITE(test_lcut_layers_ext, "test_lcut_layers_ext test unit", ENTRY(tc_transpose_inv_conformance),
+      ENTRY(tc_transpose_swap_conformance), ENTRY(tc_transpose_swap2_conformance),
+      ENTRY(tc_concat_conformance), ENTRY(tc_time_delay_conformance),
+      ENTRY(tc_time_distributed_conformance))
