@@ -46,7 +46,11 @@ uint32_t core_ring_buffer_init(ai_ring_buffer* rb, uint16_t capacity, uint16_t s
   if (storage == nullptr) {
     rb->data = core_mem_alloc(storage_bytes(*rb));
   }
-  return rb->data != nullptr ? storage_bytes(*rb) : 0;
+  if (rb->data == nullptr) {
+    *rb = {};  // of no capacity: nothing will be written through it
+    return 0;
+  }
+  return storage_bytes(*rb);
 }
 
 uint32_t core_ring_buffer_destroy(ai_ring_buffer* rb) {

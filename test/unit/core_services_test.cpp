@@ -2,6 +2,7 @@
 // Linked with --wrap=malloc and --wrap=realloc, so that the heap can be exhausted.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
@@ -20,10 +21,10 @@ bool g_exhausted = false;
 extern "C" void* __real_malloc(size_t size);
 extern "C" void* __real_realloc(void* p, size_t size);
 extern "C" void* __wrap_malloc(size_t size) {
-  return g_exhausted || size > size_t{1} << 40 ? nullptr : __real_malloc(size);
+  return g_exhausted || size > SIZE_MAX / 4 ? nullptr : __real_malloc(size);
 }
 extern "C" void* __wrap_realloc(void* p, size_t size) {
-  return g_exhausted || size > size_t{1} << 40 ? nullptr : __real_realloc(p, size);
+  return g_exhausted || size > SIZE_MAX / 4 ? nullptr : __real_realloc(p, size);
 }
 
 namespace {
@@ -93,8 +94,8 @@ struct Queues {
     ASSERT_EQ(core_ring_buffer_empty(&ring), queue.empty());
     ASSERT_EQ(core_ring_buffer_full(&ring), full());
     ASSERT_EQ(core_ring_buffer_get(&ring, static_cast<uint32_t>(queue.size())), nullptr);
-    for (size_t i = 0; i < queue.size(); i += 1 + queue.size() / 8) {
-      ASSERT_EQ(at(core_ring_buffer_get(&ring, static_cast<uint32_t>(i))), queue[i]) << i;
+    for (size_t i = queue.size(); i > 0; i -= std::min(i, 1 + queue.size() / 8)) {
+      ASSERT_EQ(at(core_ring_buffer_get(&ring, static_cast<uint32_t>(i - 1))), queue[i - 1]) << i;
     }
   }
 
@@ -104,29 +105,30 @@ struct Queues {
 
 TEST(RingBuffer, BehavesAsQueue) {
   std::mt19937 random(7);
-  for (uint16_t capacity : {1, 2, 3, 7, 32767, 32768}) {
-    for (uint16_t stride : {1, 2, 5}) {
-      Queues queues(capacity, stride, static_cast<uint16_t>((capacity + 150) % (2 * capacity)));
-      for (int step = 100 - capacity; step < 4000; ++step) {
-        Element elem(stride);
-        for (uint8_t& byte : elem) byte = static_cast<uint8_t>(random());
-        const bool filling = step < 0 || step / 500 % 2 == 0;
-        const bool cheap = capacity < 100 || step < 100;
-        const uint32_t op = step < 0 ? 6 : random() % 7;
-        if (op == 0) queues.push(elem.data(), true);
-        if (op == 1) queues.push(nullptr, step % 2 == 0);
-        if (op == 2) queues.pop(step % 2 == 0);
-        if (op == 3 && cheap) queues.linearize();
-        if (op == 4 && cheap) queues.clone();
-        if (op > 4 && filling) queues.push(elem.data(), false);
-        if (op > 4 && !filling) queues.pop(true);
-        queues.check();
-        ASSERT_FALSE(HasFatalFailure()) << capacity << ' ' << stride << ' ' << step;
-      }
-      core_ring_buffer_clear(&queues.ring);
-      queues.queue.clear();
+  const struct {
+    uint16_t capacity, stride;
+  } sizes[] = {{1, 1}, {1, 4}, {2, 3}, {3, 2}, {7, 5}, {7, 1}, {32767, 1}, {32768, 3}};
+  for (const auto [capacity, stride] : sizes) {
+    Queues queues(capacity, stride, static_cast<uint16_t>((capacity + 150) % (2 * capacity)));
+    for (int step = 100 - capacity; step < 4000; ++step) {
+      Element elem(stride);
+      for (uint8_t& byte : elem) byte = static_cast<uint8_t>(random());
+      const bool filling = step < 0 || step / 500 % 2 == 0;
+      const bool cheap = capacity < 100 || step < 100;
+      const uint32_t op = step < 0 ? 6 : random() % 7;
+      if (op == 0) queues.push(elem.data(), true);
+      if (op == 1) queues.push(nullptr, step % 2 == 0);
+      if (op == 2) queues.pop(step % 2 == 0);
+      if (op == 3 && cheap) queues.linearize();
+      if (op == 4 && cheap) queues.clone();
+      if (op > 4 && filling) queues.push(elem.data(), false);
+      if (op > 4 && !filling) queues.pop(true);
       queues.check();
+      ASSERT_FALSE(HasFatalFailure()) << capacity << ' ' << stride << ' ' << step;
     }
+    core_ring_buffer_clear(&queues.ring);
+    queues.queue.clear();
+    queues.check();
   }
 }
 

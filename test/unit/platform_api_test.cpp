@@ -162,6 +162,20 @@ TEST(Process, RunsBatchesOfEachBufferRoundAndRound) {
   }
 }
 
+TEST(Process, RunsAsManyBatchesAsABufferCanName) {
+  Toy toy;
+  std::vector<int8_t> b(65535 * 8);
+  std::iota(b.begin(), b.end(), int8_t{0});
+  std::vector<int16_t> z(60000 * 6), expected(60000 * 6);
+  toy.buffers[1].n_batches = 65535;
+  toy.buffers[1].data = b.data();
+  toy.buffers[3].n_batches = 60000;
+  toy.buffers[3].data = z.data();
+  EXPECT_EQ(toy.process(), 65535);
+  Toy::model(toy.buffers, toy.memory.y, expected.data());
+  EXPECT_TRUE(z == expected);
+}
+
 TEST(Create, FirstFailureIsReturnedAndHandleCleared) {
   const struct {
     bool core_starts, types_match;
