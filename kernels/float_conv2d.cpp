@@ -81,11 +81,11 @@ Runs runs_of(const Conv2d& conv, const Window& columns, bool weights_in_place) {
 namespace nnlib {
 
 void conv2d_f32(const Conv2d& conv) {
-  NNLIB_VECTOR(conv2d)(conv);
+  NNLIB_VECTOR_IF(conv.out_channels >= kWideLanes, conv2d)(conv);
 }
 
 void depthwise_conv2d_f32(const Conv2d& conv) {
-  NNLIB_VECTOR(depthwise_conv2d)(conv);
+  NNLIB_VECTOR_IF(conv.out_channels >= kWideLanes, depthwise_conv2d)(conv);
 }
 
 }  // namespace nnlib

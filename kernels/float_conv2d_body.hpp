@@ -39,31 +39,26 @@ NNLIB_ALWAYS_INLINE void accumulate_window(Vec (&acc)[P][NV], const Conv2d& conv
 }
 
 template <size_t P, size_t NV>
-void conv_block(const Conv2d& conv, const Chunk& chunk, const Line& line, size_t pixel) {
+NNLIB_ALWAYS_INLINE void conv_block(const Conv2d& conv, const Chunk& chunk, const Line& line,
+                                    size_t pixel) {
   float* out = line.out + pixel * line.out_pitch + chunk.columns.first;
-  const size_t last_lanes = chunk.columns.last_lanes;
   Vec acc[P][NV];
   if (chunk.bias != nullptr) {
     load_block(acc, chunk.bias, 0, kLanes);
   } else {
-    load_block(acc, out, line.out_pitch, last_lanes);
+    load_block(acc, out, line.out_pitch, chunk.columns.lanes);
   }
   accumulate_window(acc, conv, chunk, line, pixel);
-  store_block(out, acc, line.out_pitch, last_lanes);
+  store_block(out, acc, line.out_pitch, chunk.columns.lanes);
 }
 
-template <size_t NV>
-void conv_line(const Conv2d& conv, const Chunk& chunk, const Line& line) {
-  size_t pixel = 0;
-  for (; pixel + kBlockRows <= line.count; pixel += kBlockRows) {
-    conv_block<kBlockRows, NV>(conv, chunk, line, pixel);
+template <size_t NV, size_t P = kBlockRows<NV>>
+void conv_line(const Conv2d& conv, const Chunk& chunk, const Line& line, size_t pixel = 0) {
+  for (; pixel + P <= line.count; pixel += P) {
+    conv_block<P, NV>(conv, chunk, line, pixel);
   }
-  if (pixel + 2 <= line.count) {
-    conv_block<2, NV>(conv, chunk, line, pixel);
-    pixel += 2;
-  }
-  if (pixel < line.count) {
-    conv_block<1, NV>(conv, chunk, line, pixel);
+  if constexpr (P > 1) {
+    conv_line<NV, P / 2>(conv, chunk, line, pixel);
   }
 }
 
@@ -109,6 +104,19 @@ inline void pack_weights(float* tile, const Conv2d& conv, const Columns& columns
   }
 }
 
+// How much of the depth from `first` on makes a chunk: whole tap rows, or an equal part of one, so
+// that a window is few runs.
+inline size_t chunk_depth(const Conv2d& conv, size_t first) {
+  const size_t row = size_t{conv.x.taps} * conv.in_channels;
+  const size_t total = row * conv.y.taps;
+  if (row <= kTileDepth) {
+    const size_t rows = row == 0 ? 0 : kTileDepth / row * row;
+    return std::min(rows, total - first);
+  }
+  const size_t parts = (row + kTileDepth - 1) / kTileDepth;
+  return std::min((row + parts - 1) / parts, row - first % row);
+}
+
 inline void conv2d(const Conv2d& conv) {
   alignas(64) TileBuffer buffer;
   const size_t total = size_t{conv.y.taps} * conv.x.taps * conv.in_channels;
@@ -116,14 +124,14 @@ inline void conv2d(const Conv2d& conv) {
     const Columns columns = columns_from(channel, conv.out_channels);
     float bias[kTileColumns] = {};
     if (conv.bias != nullptr) {
-      std::copy_n(conv.bias + channel, columns.count(), bias);
+      std::copy_n(conv.bias + columns.first, (columns.vectors - 1) * kLanes + columns.lanes, bias);
     }
     Chunk chunk = {0, 0, columns, {buffer, columns.vectors * kLanes, kLanes}, bias};
     if (!kPacks) {
-      chunk.tile = {conv.weights + channel * conv.weights_pitch, 1, conv.weights_pitch};
+      chunk.tile = {conv.weights + columns.first * conv.weights_pitch, 1, conv.weights_pitch};
     }
     do {
-      chunk.depth = std::min(total - chunk.first, kTileDepth);
+      chunk.depth = chunk_depth(conv, chunk.first);
       if (kPacks) {
         pack_weights(buffer, conv, columns, chunk.first, chunk.depth);
       }
@@ -135,17 +143,19 @@ inline void conv2d(const Conv2d& conv) {
       chunk.bias = nullptr;
       chunk.first += chunk.depth;
     } while (chunk.first < total);
-    channel += columns.count();
+    channel = columns.next;
   }
 }
 
-// P pixels times NV vectors of channels, each channel with its own input channel.
-template <size_t P, size_t NV>
-void depthwise_block(const Conv2d& conv, const Columns& columns, const Line& line, size_t pixel) {
-  const size_t last_lanes = columns.last_lanes;
+// P pixels times NV vectors of channels, each channel with its own input channel. Part: a vector
+// with fewer channels than lanes.
+template <bool Part, size_t P, size_t NV>
+NNLIB_ALWAYS_INLINE void depthwise_block(const Conv2d& conv, const Columns& columns,
+                                         const Line& line, size_t pixel) {
+  const size_t lanes = Part ? columns.lanes : kLanes;
   Vec acc[P][NV] = {};
   if (conv.bias != nullptr) {
-    load_block(acc, conv.bias + columns.first, 0, last_lanes);
+    load_block(acc, conv.bias + columns.first, 0, lanes);
   }
   const float* window = conv.in + line.rows.begin * conv.y.in_pitch +
                         line.columns.begin * conv.x.in_pitch + pixel * line.in_pitch;
@@ -155,32 +165,42 @@ void depthwise_block(const Conv2d& conv, const Columns& columns, const Line& lin
         conv.weights + static_cast<ptrdiff_t>(line.rows.tap + row) * conv.y.tap_pitch +
         static_cast<ptrdiff_t>(line.columns.tap) * conv.x.tap_pitch + columns.first;
     for (uint32_t column = 0; column < line.columns.count; ++column) {
-      Vec w[1][NV];
-      Vec x[P][NV];
-      load_block(w, weights, 0, last_lanes);
-      load_block(x, in, line.in_pitch, last_lanes);
       NNLIB_UNROLL
-      for (size_t p = 0; p < P; ++p) {
+      for (size_t v = 0; v < NV; ++v) {
+        const Vec weight = Part ? load_part(weights, lanes) : load(weights + v * kLanes);
         NNLIB_UNROLL
-        for (size_t v = 0; v < NV; ++v) {
-          acc[p][v] += x[p][v] * w[0][v];
+        for (size_t p = 0; p < P; ++p) {
+          const float* x = in + p * line.in_pitch + v * kLanes;
+          acc[p][v] += (Part ? load_part(x, lanes) : load(x)) * weight;
         }
       }
       in += conv.x.dilation * conv.x.in_pitch;
       weights += conv.x.tap_pitch;
     }
   }
-  store_block(line.out + pixel * line.out_pitch + columns.first, acc, line.out_pitch, last_lanes);
+  store_block(line.out + pixel * line.out_pitch + columns.first, acc, line.out_pitch, lanes);
 }
 
-template <size_t NV>
-void depthwise_line(const Conv2d& conv, const Columns& columns, const Line& line) {
-  size_t pixel = 0;
-  for (; pixel + kBlockRows <= line.count; pixel += kBlockRows) {
-    depthwise_block<kBlockRows, NV>(conv, columns, line, pixel);
+template <bool Part, size_t NV, size_t P = Part ? 1 : kBlockRows<NV>>
+void depthwise_line(const Conv2d& conv, const Columns& columns, const Line& line,
+                    size_t pixel = 0) {
+  for (; pixel + P <= line.count; pixel += P) {
+    depthwise_block<Part, P, NV>(conv, columns, line, pixel);
   }
-  for (; pixel < line.count; ++pixel) {
-    depthwise_block<1, NV>(conv, columns, line, pixel);
+  if constexpr (P > 1) {
+    depthwise_line<Part, NV, P / 2>(conv, columns, line, pixel);
+  }
+}
+
+inline void depthwise_channels(const Conv2d& conv, const Columns& columns, const Line& line) {
+  if (columns.lanes < kLanes) {
+    depthwise_line<true, 1>(conv, columns, line);
+  } else if (columns.vectors == 4) {
+    depthwise_line<false, 4>(conv, columns, line);
+  } else if (columns.vectors == 2) {
+    depthwise_line<false, 2>(conv, columns, line);
+  } else {
+    depthwise_line<false, 1>(conv, columns, line);
   }
 }
 
@@ -189,18 +209,13 @@ inline void depthwise_conv2d(const Conv2d& conv) {
   const Span inner = complete_windows(conv.x);
   for (uint32_t y = 0; y < conv.y.out; ++y) {
     for (size_t channel = 0; channel < conv.out_channels;) {
-      const Columns columns = columns_from(channel, conv.out_channels);
+      const Columns columns = columns_from(channel, conv.out_channels, 4);
       for (uint32_t x = 0; x < conv.x.out;) {
         const uint32_t count = x == inner.begin && x < inner.end ? inner.end - x : 1;
-        const Line line = line_along_x(conv, x, y, count);
-        if (columns.vectors == kTileVectors) {
-          depthwise_line<kTileVectors>(conv, columns, line);
-        } else {
-          depthwise_line<1>(conv, columns, line);
-        }
+        depthwise_channels(conv, columns, line_along_x(conv, x, y, count));
         x += count;
       }
-      channel += columns.count();
+      channel = columns.next;
     }
   }
 }

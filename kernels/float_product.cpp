@@ -25,7 +25,7 @@ namespace nnlib {
 
 void product_f32(float* out, size_t out_pitch, const Rows& a, const Rows& b, size_t rows,
                  size_t columns, size_t depth) {
-  NNLIB_VECTOR(product)({out, out_pitch, a, b, rows, columns, depth});
+  NNLIB_VECTOR_IF(columns >= kWideLanes, product)({out, out_pitch, a, b, rows, columns, depth});
 }
 
 void transpose_f32(float* out, const float* in, size_t rows, size_t columns) {

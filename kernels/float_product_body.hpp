@@ -8,24 +8,20 @@ void product_block(const Product& p, size_t row, const Columns& columns, Tile ti
   const float* a = p.a.data + row * p.a.row_pitch + first * p.a.k_pitch;
   Vec acc[P][NV] = {};
   if (first != 0) {
-    load_block(acc, out, p.out_pitch, columns.last_lanes);
+    load_block(acc, out, p.out_pitch, columns.lanes);
   }
   accumulate(acc, a, p.a.row_pitch, p.a.k_pitch, tile, depth);
-  store_block(out, acc, p.out_pitch, columns.last_lanes);
+  store_block(out, acc, p.out_pitch, columns.lanes);
 }
 
-template <size_t NV>
-void product_rows(const Product& p, const Columns& columns, Tile tile, size_t first, size_t depth) {
-  size_t row = 0;
-  for (; row + kBlockRows <= p.rows; row += kBlockRows) {
-    product_block<kBlockRows, NV>(p, row, columns, tile, first, depth);
+template <size_t NV, size_t P = kBlockRows<NV>>
+void product_rows(const Product& p, const Columns& columns, Tile tile, size_t first, size_t depth,
+                  size_t row = 0) {
+  for (; row + P <= p.rows; row += P) {
+    product_block<P, NV>(p, row, columns, tile, first, depth);
   }
-  if (row + 2 <= p.rows) {
-    product_block<2, NV>(p, row, columns, tile, first, depth);
-    row += 2;
-  }
-  if (row < p.rows) {
-    product_block<1, NV>(p, row, columns, tile, first, depth);
+  if constexpr (P > 1) {
+    product_rows<NV, P / 2>(p, columns, tile, first, depth, row);
   }
 }
 
@@ -34,11 +30,11 @@ inline void product_tiles(const Product& p) {
   alignas(64) TileBuffer buffer;
   for (size_t column = 0; column < p.columns;) {
     const Columns columns = columns_from(column, p.columns);
-    const bool in_place = !kPacks || (p.b.row_pitch == 1 && columns.last_lanes == kLanes);
+    const bool in_place = !kPacks || (p.b.row_pitch == 1 && columns.lanes == kLanes);
     size_t first = 0;
     do {
       const size_t depth = p.depth - first < kTileDepth ? p.depth - first : kTileDepth;
-      const float* b = p.b.data + column * p.b.row_pitch + first * p.b.k_pitch;
+      const float* b = p.b.data + columns.first * p.b.row_pitch + first * p.b.k_pitch;
       Tile tile = {b, p.b.k_pitch, kLanes * p.b.row_pitch};
       if (!in_place) {
         pack(buffer, b, p.b.row_pitch, p.b.k_pitch, columns, depth);
@@ -51,7 +47,7 @@ inline void product_tiles(const Product& p) {
       }
       first += depth;
     } while (first < p.depth);
-    column += columns.count();
+    column = columns.next;
   }
 }
 

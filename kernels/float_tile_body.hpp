@@ -3,7 +3,8 @@
 //
 // Between chunks of k the partial sums rest in the output, which changes no bit.
 
-constexpr size_t kBlockRows = 4;
+constexpr size_t kBlockSums =
+    8;  // vectors of sums in registers: enough to hide an addition's latency
 constexpr size_t kTileVectors = 2;
 constexpr size_t kTileColumns = kTileVectors * kLanes;
 
@@ -21,20 +22,31 @@ struct Tile {
   size_t vector_pitch;
 };
 
-// Some columns of b, up to a tile's, as the block uses them.
+// Rows of a block of NV vectors.
+template <size_t NV>
+constexpr size_t kBlockRows = kPacks || NV > 1 ? kBlockSums / NV : kBlockSums / 2;
+
+// Some columns of b: whole vectors, or one with fewer columns than lanes.
 struct Columns {
   size_t first;
   size_t vectors;
-  size_t last_lanes;  // columns in the last vector
-
-  size_t count() const { return (vectors - 1) * kLanes + last_lanes; }
+  size_t lanes;  // of the last vector
+  size_t next;   // the first column behind them
 };
 
-inline Columns columns_from(size_t first, size_t total) {
+// The next columns from `first` on: most_vectors, or that halved until it fits. What is left at the
+// end is made a whole vector with columns before it: those are computed a second time, from the
+// start, with the same result.
+inline Columns columns_from(size_t first, size_t total, size_t most_vectors = kTileVectors) {
   const size_t left = total - first;
-  const size_t count = left < kTileColumns ? left : kTileColumns;
-  const size_t vectors = (count + kLanes - 1) / kLanes;
-  return {first, vectors, count - (vectors - 1) * kLanes};
+  if (left >= kLanes) {
+    size_t vectors = most_vectors;
+    while (vectors * kLanes > left) {
+      vectors /= 2;
+    }
+    return {first, vectors, kLanes, first + vectors * kLanes};
+  }
+  return total >= kLanes ? Columns{total - kLanes, 1, kLanes, total} : Columns{0, 1, total, total};
 }
 
 // acc[p][v] += a[p * row_pitch + k * a_k] * (vector v of k), for k < depth.
@@ -63,7 +75,7 @@ NNLIB_ALWAYS_INLINE void accumulate(Vec (&acc)[P][NV], const float* a, size_t ro
 
 template <size_t P, size_t NV>
 NNLIB_ALWAYS_INLINE void load_block(Vec (&acc)[P][NV], const float* from, size_t row_pitch,
-                                    size_t last_lanes) {
+                                    size_t lanes) {
   NNLIB_UNROLL
   for (size_t p = 0; p < P; ++p) {
     NNLIB_UNROLL
@@ -71,13 +83,13 @@ NNLIB_ALWAYS_INLINE void load_block(Vec (&acc)[P][NV], const float* from, size_t
       acc[p][v] = load(from + p * row_pitch + v * kLanes);
     }
     const float* last = from + p * row_pitch + (NV - 1) * kLanes;
-    acc[p][NV - 1] = last_lanes == kLanes ? load(last) : load_part(last, last_lanes);
+    acc[p][NV - 1] = lanes == kLanes ? load(last) : load_part(last, lanes);
   }
 }
 
 template <size_t P, size_t NV>
 NNLIB_ALWAYS_INLINE void store_block(float* to, const Vec (&acc)[P][NV], size_t row_pitch,
-                                     size_t last_lanes) {
+                                     size_t lanes) {
   NNLIB_UNROLL
   for (size_t p = 0; p < P; ++p) {
     NNLIB_UNROLL
@@ -85,26 +97,25 @@ NNLIB_ALWAYS_INLINE void store_block(float* to, const Vec (&acc)[P][NV], size_t 
       store(to + p * row_pitch + v * kLanes, acc[p][v]);
     }
     float* last = to + p * row_pitch + (NV - 1) * kLanes;
-    if (last_lanes == kLanes) {
+    if (lanes == kLanes) {
       store(last, acc[p][NV - 1]);
     } else {
-      store_part(last, acc[p][NV - 1], last_lanes);
+      store_part(last, acc[p][NV - 1], lanes);
     }
   }
 }
 
-// Packs depth k of count columns (vector by vector, missing columns 0) to tile[k][columns of the
-// tile]. Column c of k is b[c * column_pitch + k * k_pitch].
+// Packs depth k of the columns, vector by vector, to tile[k][vector][lane], lanes without a column
+// 0. Column c of k is b[c * column_pitch + k * k_pitch].
 inline void pack(float* tile, const float* b, size_t column_pitch, size_t k_pitch,
                  const Columns& columns, size_t depth) {
   const size_t width = columns.vectors * kLanes;
   for (size_t v = 0; v < columns.vectors; ++v) {
     const float* from = b + v * kLanes * column_pitch;
     float* to = tile + v * kLanes;
-    const size_t lanes = v + 1 < columns.vectors ? kLanes : columns.last_lanes;
     size_t k = 0;
 #if NNLIB_LANES > 1
-    if (lanes == kLanes && k_pitch == 1) {
+    if (columns.lanes == kLanes && k_pitch == 1) {
       for (; k + 4 <= depth; k += 4) {
         Vec quads[4];
         NNLIB_UNROLL
@@ -121,7 +132,7 @@ inline void pack(float* tile, const float* b, size_t column_pitch, size_t k_pitc
 #endif
     for (; k < depth; ++k, to += width) {
       for (size_t lane = 0; lane < kLanes; ++lane) {
-        to[lane] = lane < lanes ? from[lane * column_pitch + k * k_pitch] : 0.0f;
+        to[lane] = lane < columns.lanes ? from[lane * column_pitch + k * k_pitch] : 0.0f;
       }
     }
   }

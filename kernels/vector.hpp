@@ -66,12 +66,18 @@ bool vector_wide();
 // For tests: lets the wide instances run (where the processor has them) or not.
 void vector_allow_wide(bool allow);
 
+// Lanes of the wide instance.
+inline constexpr size_t kWideLanes = 8;
+
+// The instance of a kernel to call; NNLIB_VECTOR_IF is the narrow one when wide vectors do not suit
+// the sizes at hand.
 #if NNLIB_VECTOR_WIDE
-#define NNLIB_VECTOR(kernel) \
-  (::nnlib::vector_wide() ? ::nnlib::wide::kernel : ::nnlib::narrow::kernel)
+#define NNLIB_VECTOR_IF(suits, kernel) \
+  ((suits) && ::nnlib::vector_wide() ? ::nnlib::wide::kernel : ::nnlib::narrow::kernel)
 #else
-#define NNLIB_VECTOR(kernel) ::nnlib::narrow::kernel
+#define NNLIB_VECTOR_IF(suits, kernel) ((suits) ? ::nnlib::narrow::kernel : ::nnlib::narrow::kernel)
 #endif
+#define NNLIB_VECTOR(kernel) NNLIB_VECTOR_IF(true, kernel)
 
 }  // namespace nnlib
 

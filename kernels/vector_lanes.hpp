@@ -15,12 +15,22 @@ NNLIB_ALWAYS_INLINE void store(float* to, Vec v) {
 
 // The first count lanes, at most kLanes; the others are 0 and are not stored.
 NNLIB_ALWAYS_INLINE Vec load_part(const float* from, size_t count) {
-  Vec v = {};
-  std::memcpy(&v, from, count * sizeof(float));
-  return v;
+  float lanes[kLanes] = {};
+  NNLIB_UNROLL
+  for (size_t i = 0; i < kLanes; ++i) {
+    lanes[i] = i < count ? from[i] : 0.0f;
+  }
+  return load(lanes);
 }
 NNLIB_ALWAYS_INLINE void store_part(float* to, Vec v, size_t count) {
-  std::memcpy(to, &v, count * sizeof(float));
+  float lanes[kLanes];
+  store(lanes, v);
+  NNLIB_UNROLL
+  for (size_t i = 0; i < kLanes; ++i) {
+    if (i < count) {
+      to[i] = lanes[i];
+    }
+  }
 }
 
 // x in every lane. Subtracting zero keeps -0, adding it would not.

@@ -1,0 +1,24 @@
+// Floats for the unit tests: irregular, so that a sum in another order has other bits.
+#ifndef TEST_UNIT_FLOAT_DATA_HPP
+#define TEST_UNIT_FLOAT_DATA_HPP
+
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+// count numbers of (-1, 1); the storage ends with the last one, which a sanitizer watches.
+inline std::vector<float> irregular_floats(size_t count, uint32_t seed) {
+  std::vector<float> values(count);
+  for (float& value : values) {
+    seed = seed * 1664525u + 1013904223u;
+    value = static_cast<float>(static_cast<int32_t>(seed) >> 7) * 0x1p-24f;
+  }
+  return values;
+}
+
+inline bool same_bits(const std::vector<float>& a, const std::vector<float>& b) {
+  return a.size() == b.size() &&
+         (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(float)) == 0);
+}
+
+#endif
