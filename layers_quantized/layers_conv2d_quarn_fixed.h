@@ -33,10 +33,10 @@ void forward_conv2d_fixed(ai_layer* layer); /* an ai_layer_conv2d */
  * convolved map. That map has the format of output 0, which is the pooled map.
  *
  * Scratch 0 (1, C_out, W_conv, rows) holds convolved rows, W_conv the width of the convolved map,
- * at least as many as a pooling window is high; more rows mean fewer moves. Scratch 1 is what
- * scratch 0 is for forward_conv2d_fixed. The convolved map has (pad top + pad bottom + H_in - K_h)
- * / stride_y + 1 rows; those that no window covers are not computed. pool_func and nl_func get
- * arrays with the output's format. */
+ * at least as many as a pooling window is high; more rows mean fewer moves. Scratch 1:
+ * ai_conv2d_nl_pool_fixed_scratch_size bytes, otherwise as scratch 0 of forward_conv2d_fixed. The
+ * convolved map has (pad top + pad bottom + H_in - K_h) / stride_y + 1 rows; those that no window
+ * covers are not computed. pool_func and nl_func get arrays with the output's format. */
 void forward_conv2d_nl_pool_fixed(ai_layer* layer); /* an ai_layer_conv2d_nl_pool */
 
 /* Bytes of scratch for the convolution kernel of the layer; a fused one must have its scratch 0. */

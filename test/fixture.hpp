@@ -74,13 +74,11 @@ inline constexpr float kQ7Tolerance = 0.00787401f;
 inline constexpr float kQ15Tolerance = 3.051851e-5f;
 inline constexpr float kQ7ConvTolerance = 0.12598416f;
 
-// A tensor with storage of its own, filled so that an element left unwritten is noticed: 0xA5
-// bytes, as a float no number that a reference comes near.
-template <class T, uint32_t N, uint32_t C, uint32_t W, uint32_t H>
-struct output_tensor : nnlib::tensor {
-  constexpr explicit output_tensor(ai_array_format format = nnlib::format_of<T>,
-                                   const ai_intq_info_list* quantization = nullptr)
-      : nnlib::tensor(format, {N, C, W, H}, storage, quantization) {
+// Elements filled so that one left unwritten is noticed: 0xA5 bytes, as a float no number that a
+// reference comes near.
+template <class T, size_t Count>
+struct rubbish_storage {
+  constexpr rubbish_storage() {
     for (T& element : storage) {
       element = rubbish();
     }
@@ -92,7 +90,15 @@ struct output_tensor : nnlib::tensor {
       return static_cast<T>(0xA5A5A5A5u);
     }
   }
-  T storage[N * C * W * H];
+  T storage[Count];
+};
+
+// A tensor with storage of its own.
+template <class T, uint32_t N, uint32_t C, uint32_t W, uint32_t H>
+struct output_tensor : rubbish_storage<T, size_t{N} * C * W * H>, nnlib::tensor {
+  constexpr explicit output_tensor(ai_array_format format = nnlib::format_of<T>,
+                                   const ai_intq_info_list* quantization = nullptr)
+      : nnlib::tensor(format, {N, C, W, H}, this->storage, quantization) {}
 };
 
 inline const ai_array& first_output(const ai_layer& layer) {
