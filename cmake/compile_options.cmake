@@ -19,6 +19,6 @@ endfunction()
 function(nnlib_runtime_options target)
   nnlib_options(${target})
   target_compile_options(${target} PRIVATE
-    -Wconversion -ffunction-sections -fdata-sections
+    -Wconversion -Wsign-conversion -ffunction-sections -fdata-sections
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
 endfunction()

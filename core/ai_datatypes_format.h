@@ -153,6 +153,7 @@ static inline uint32_t ai_fmt_set_float(uint32_t fmt, bool is_float) {
 static inline int32_t ai_fmt_get_ibits(uint32_t fmt) {
   return (int32_t)ai_fmt_get_bits(fmt) - ai_fmt_get_fbits(fmt) - (ai_fmt_is_signed(fmt) ? 1 : 0);
 }
+/* The format proper and the flags of a word. */
 static inline uint32_t ai_fmt_get_code(uint32_t fmt) {
   return fmt & AI_FORMAT_CODE_MASK;
 }

@@ -26,7 +26,8 @@
 
 #include "core/ai_network.h"
 
-/* The tensor flags that go with a format: float, fixed point (fractional bits), else integer. */
+/* The tensor flags that go with a format: float, fixed point when it has fractional bits, else
+ * integer. */
 #define AI_TENSOR_FLAGS_OF(format)                             \
   (((format)&UINT32_C(0x1000000)) != 0 ? AI_TENSOR_FLAGS_FLOAT \
    : ((format)&127u) != 64u            ? AI_TENSOR_FLAGS_FIXED \
@@ -91,7 +92,7 @@
   static const ai_tensor_list name##_lists[2] = {inputs, outputs}; \
   static ai_network name = {.io = {2, name##_lists}, .layers = (first_layer)}
 
-#else
+#elif __cplusplus >= 201703L
 
 #include <type_traits>
 
@@ -146,20 +147,21 @@ struct tensor : ai_tensor {
   template <class T>
   constexpr tensor(dims d, T* elements, uint32_t format_flags = 0,
                    const ai_intq_info_list* quantization = nullptr)
-      : tensor(format_of<std::remove_cv_t<T> > | format_flags, d, elements, elements,
-               quantization) {
-    static_assert(format_of<std::remove_cv_t<T> > != AI_ARRAY_FORMAT_NONE);
+      : tensor(format_of<std::remove_cv_t<T>> | format_flags, d, elements, elements, quantization) {
+    static_assert(format_of<std::remove_cv_t<T>> != AI_ARRAY_FORMAT_NONE);
   }
 
   /* data and data_start apart: an offset into a shared buffer, or indices and their table. */
-  constexpr tensor(ai_array_format format, dims d, const void* elements, const void* start,
+  template <class Start, class = std::enable_if_t<!std::is_base_of_v<ai_intq_info_list, Start>>>
+  constexpr tensor(ai_array_format format, dims d, const void* elements, Start* start,
                    const ai_intq_info_list* quantization = nullptr)
       : ai_tensor{quantization,
                   AI_TENSOR_FLAGS_OF(format),
                   {AI_DIMS_WORD(AI_SHAPE_TYPE, AI_SHAPE_DIMS), shape_},
                   {AI_DIMS_WORD(AI_STRIDE_TYPE, AI_SHAPE_DIMS), stride_},
                   &array},
-        array{format, d.elements(), const_cast<void*>(elements), const_cast<void*>(start)},
+        array{format, d.elements(), const_cast<void*>(elements),
+              const_cast<std::remove_cv_t<Start>*>(start)},
         shape_{d.n, d.c, d.w, d.h},
         stride_{AI_FORMAT_RUN_BYTES(format, 1), AI_FORMAT_RUN_BYTES(format, d.n),
                 AI_FORMAT_RUN_BYTES(format, d.n) * d.c,

@@ -28,15 +28,18 @@ typedef struct ai_dlist {
 #define AI_DLIST_FOR_EACH_BACKWARD(node, head) \
   for (ai_dlist* node = (head)->prev; node != (head); node = node->prev)
 
+/* Makes head an empty list. */
 static inline void ai_dlist_init(ai_dlist* head) {
   head->next = head;
   head->prev = head;
 }
 
+/* True when the list has no node. */
 static inline bool ai_dlist_empty(const ai_dlist* head) {
   return head->next == head;
 }
 
+/* The number of nodes, found by a walk. */
 static inline uint32_t ai_dlist_count(const ai_dlist* head) {
   uint32_t count = 0;
   for (const ai_dlist* node = head->next; node != head; node = node->next) {

@@ -60,6 +60,11 @@ struct ai_layer {
 typedef enum ai_layer_type { AI_LAYER_TYPES(AI_LAYER_TYPE_ENTRY_) } ai_layer_type;
 #undef AI_LAYER_TYPE_ENTRY_
 
+/* The layer after this one; null when next is the layer itself or null. */
+static inline ai_layer* ai_layer_next(const ai_layer* layer) {
+  return layer->next != layer ? layer->next : NULL;
+}
+
 #ifdef __cplusplus
 }
 #endif

@@ -73,8 +73,8 @@ IoSide output_side(const ai_network& network) {
 
 // Points the array at new memory and keeps the offset of data in it.
 void bind_array(ai_array& array, void* memory) {
-  const uintptr_t offset =
-      reinterpret_cast<uintptr_t>(array.data) - reinterpret_cast<uintptr_t>(array.data_start);
+  const ptrdiff_t offset =
+      static_cast<uint8_t*>(array.data) - static_cast<uint8_t*>(array.data_start);
   array.data = static_cast<uint8_t*>(memory) + offset;
   array.data_start = memory;
 }

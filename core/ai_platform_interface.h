@@ -73,7 +73,8 @@ bool ai_platform_network_set_error(ai_handle handle, uint32_t type, uint32_t cod
 
 /* Makes the network live and stores its handle. major, minor and micro: the interface API version
  * that the network was generated for, at most 1.3.0. config is not used.
- * Returns 0, or the error, with *handle then null: (0x10, 0x10) for a null argument, (0x30, 0x10)
+ * Returns 0, or the error, with *handle then null: (0x10, 0x10) for a null handle or
+ * network, (0x30, 0x10)
  * core start-up, (0x01, 0x10) newer interface, (0x02, 0x10) custom types. */
 ai_error ai_platform_network_create(ai_handle* handle, const ai_buffer* config, ai_network* network,
                                     uint8_t major, uint8_t minor, uint8_t micro);
@@ -89,10 +90,11 @@ ai_handle ai_platform_network_init(ai_handle handle, const ai_network_params* pa
  * used round and round. Arrays with AI_FORMAT_FLAG_COPY are copied to and from, others are
  * re-pointed into the caller's memory, their data offset kept.
  * Returns the number of batches run, 0 on failure. Errors, in the order of the tests:
- *   (0x12, 0x17) no tensor lists; (0x11, 0x30) not initialised;
- *   (0x12, 0x17) no inputs; for each input (type 0x12), then each output (type 0x13):
- *   0x18 size or shape, 0x19 format, 0x17 null data, 0x21 no batches;
- *   (0x13, 0x18) no output tensors.
+ *   (0x11, 0x30) not initialised;
+ *   (0x12, 0x17) no inputs, no descriptors or no cursors; then of each input in turn
+ *   (0x12, 0x18) size or shape, (0x12, 0x19) format, (0x12, 0x17) null data, (0x12, 0x21) no
+ *   batches;
+ *   (0x13, 0x18) no outputs; then the same of the outputs, of type 0x13.
  * Null outputs run nothing and are no error. Bindings made before a failing test stay. */
 uint16_t ai_platform_network_process(ai_handle handle, const ai_buffer* inputs,
                                      const ai_buffer* outputs);
@@ -101,8 +103,9 @@ uint16_t ai_platform_network_process(ai_handle handle, const ai_buffer* inputs,
  * caller's. */
 ai_handle ai_platform_network_destroy(ai_handle handle);
 
-/* Fills the report from runtime_revision on, but for the tool fields. Errors: (0x11, 0x18) no
- * layers, (0x12, 0x18) no inputs, (0x13, 0x18) no outputs. */
+/* Fills the report from runtime_revision on, but for the tool fields; true on success. Errors:
+ * (0x11, 0x18) no layers, (0x12, 0x18) no inputs, (0x13, 0x18) no outputs; an invalid handle and a
+ * null report store none. */
 bool ai_platform_api_get_network_report(ai_handle handle, ai_network_report* report);
 
 #ifdef __cplusplus

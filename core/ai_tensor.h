@@ -6,6 +6,8 @@
  * Dimensions are indexed N, C, W, H (batch, channels, width, height). Strides are in bytes and
  * cumulative: stride[0] is the element size, stride[k] = stride[k - 1] * shape[k - 1]. N is thus
  * innermost, then C, W, H: an activation (N = 1) lies in memory as rows of pixels of channels.
+ * Of formats with elements of 4 bits, and of look-up-table indices, stride[1] is the whole bytes of
+ * N elements.
  */
 #ifndef NNLIB_CORE_AI_TENSOR_H
 #define NNLIB_CORE_AI_TENSOR_H
@@ -98,6 +100,7 @@ typedef struct ai_tensor_chain {
 
 /* --- shapes ------------------------------------------------------------------------------- */
 
+/* The fields of a shape's or stride's first word. */
 static inline uint32_t ai_dims_type(uint32_t type_size) {
   return type_size & 0xFFu;
 }
@@ -149,6 +152,7 @@ static inline uint32_t ai_tensor_batch_bytes(const ai_tensor* tensor) {
   return ai_tensor_dim(tensor, AI_SHAPE_H) * ai_tensor_stride(tensor, AI_SHAPE_H);
 }
 
+/* The scales and zero points; null without quantization. */
 static inline const ai_intq_info* ai_tensor_intq(const ai_tensor* tensor) {
   return tensor != NULL && tensor->klass != NULL ? tensor->klass->info : NULL;
 }

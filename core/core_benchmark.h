@@ -22,7 +22,7 @@ int32_t core_timer_init(core_timer* timer, const char* name);
 int32_t core_timer_reset(core_timer* timer); /* keeps the name */
 int32_t core_timer_start(core_timer* timer);
 
-/* Adds the time since the start to elapsed. */
+/* Adds the time since the start to elapsed; a null timer is ignored. */
 void core_timer_stop(core_timer* timer);
 
 /* Prints the time between two readings taken back to back; returns 0. */

@@ -34,6 +34,7 @@ typedef uint32_t ai_error;
 
 #define AI_ERROR_MAKE(type, code) (((uint32_t)(code) << 8) | (uint32_t)(type))
 
+/* The fields of an error word. */
 static inline uint32_t ai_error_type(ai_error error) {
   return error & 0xFFu;
 }
@@ -57,11 +58,11 @@ ai_error core_get_error(ai_error* error);
 #define AI_NORETURN
 #endif
 
-/* A violated contract that is specified to fault (a missing tensor list, ...) ends here: the
- * processor's own trap, on a hosted system a fatal signal. */
+/* Where a violated contract (a missing tensor list, ...) ends: the processor's own trap, on a
+ * hosted system a fatal signal. */
 AI_NORETURN void core_fault(void);
 
-/* An unsupported layer configuration that is specified to hang ends here, in an endless loop. */
+/* Where an unsupported fixed-point or integer layer configuration ends: an endless loop. */
 AI_NORETURN void core_hang(void);
 
 #ifdef __cplusplus

@@ -50,9 +50,7 @@ void* core_mem_free(void* p) {
   if (!is_guarded(p)) {
     return p;
   }
-  HeaderWord* header = header_of(p);
-  *header = 0;
-  std::free(header);
+  std::free(header_of(p));
   return nullptr;
 }
 

@@ -32,6 +32,7 @@ uint32_t core_ring_buffer_init(ai_ring_buffer* rb, uint16_t capacity, uint16_t s
  * unchanged, and 0 returned. */
 uint32_t core_ring_buffer_destroy(ai_ring_buffer* rb);
 
+/* Drops all elements. */
 void core_ring_buffer_clear(ai_ring_buffer* rb);
 
 /* Counts; 0 for a null rb. */
@@ -66,7 +67,8 @@ void* core_ring_buffer_get_end_address(const ai_ring_buffer* rb);
 void* core_ring_buffer_linearize(ai_ring_buffer* rb, void* tmp);
 
 /* Makes dst a copy of src, in dst's own storage when it has any (it must be large enough), else in
- * memory of the manager. Returns 1, or 0 with dst unchanged. */
+ * memory of the manager; dst's stride and capacity become src's. Returns 1, or 0 with dst
+ * unchanged. */
 uint32_t core_ring_buffer_clone(ai_ring_buffer* dst, const ai_ring_buffer* src);
 
 #ifdef __cplusplus

@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "core/core_mem_manager.h"
-#include "layers/layers.h"
 
 namespace {
 

@@ -11,11 +11,6 @@
 extern "C" {
 #endif
 
-/* The layer after this one; null when next is the layer itself or null. */
-static inline ai_layer* ai_layer_next(const ai_layer* layer) {
-  return layer->next != layer ? layer->next : NULL;
-}
-
 /* Runs the layer; returns the one after it, or null. */
 ai_layer* ai_layers_forward_layer(ai_layer* layer);
 
@@ -25,6 +20,8 @@ void ai_layers_forward_all(ai_network* network);
 
 /* "CONV2D", ...; "" for any value that is not a layer type. */
 const char* ai_layer_type_name(uint32_t type);
+
+/* True for the AI_LAYER_TYPE_* values. */
 bool ai_layer_type_is_valid(uint32_t type);
 
 /* True when *signature is the signature of this runtime's custom types. */

@@ -8,10 +8,10 @@
 #include <cstdlib>
 #include <cstring>
 
-// The mocked symbols, shared by every test of the process.
-static lcut_list _symbol_list = {&_symbol_list, &_symbol_list};
-
 namespace {
+
+// The mocked symbols, shared by every test of the process.
+lcut_list _symbol_list = {&_symbol_list, &_symbol_list};
 
 constexpr char kBanner[] =
     "\r\n*********************************************************\r\n"
@@ -67,7 +67,8 @@ int32_t allocate(Record*& record) {
   void* block = std::calloc(1, sizeof(Record));
   if (block == nullptr) {
     // The language lets calloc fail without setting errno.
-    const int code = errno != 0 ? errno : ENOMEM;
+    const int reason = errno;
+    const int code = reason != 0 ? reason : ENOMEM;
     lcut_print("\t[LCUT]: malloc error!, errcode[%d]\r\n", code);
     return code;
   }
@@ -78,6 +79,17 @@ int32_t allocate(Record*& record) {
 // The records start zeroed, so the last byte stays the terminator.
 void copy_name(char (&target)[LCUT_TEXT_SIZE], const char* name) {
   std::strncpy(target, name, LCUT_TEXT_SIZE - 1);
+}
+
+// A test, suite or case of that name; 0 or the error.
+template <typename Record>
+int32_t create(Record*& record, const char* name, lcut_hook setup, lcut_hook teardown) {
+  const int32_t code = allocate(record);
+  if (code != 0) return code;
+  copy_name(record->name, name);
+  record->setup = setup;
+  record->teardown = teardown;
+  return 0;
 }
 
 void call(lcut_hook hook) {
@@ -152,12 +164,9 @@ lcut_mock* add_mock(const char* name, uint32_t type) {
 
 int32_t lcut_test_init(lcut_test** test, const char* name, lcut_hook setup, lcut_hook teardown) {
   lcut_test* created = nullptr;
-  const int32_t code = allocate(created);
+  const int32_t code = create(created, name, setup, teardown);
   if (code != 0) return code;
   list_init(created->suites);
-  copy_name(created->name, name);
-  created->setup = setup;
-  created->teardown = teardown;
   list_init(_symbol_list);
   *test = created;
   return 0;
@@ -165,12 +174,9 @@ int32_t lcut_test_init(lcut_test** test, const char* name, lcut_hook setup, lcut
 
 int32_t lcut_ts_init(lcut_suite** suite, const char* name, lcut_hook setup, lcut_hook teardown) {
   lcut_suite* created = nullptr;
-  const int32_t code = allocate(created);
+  const int32_t code = create(created, name, setup, teardown);
   if (code != 0) return code;
   list_init(created->cases);
-  copy_name(created->name, name);
-  created->setup = setup;
-  created->teardown = teardown;
   *suite = created;
   return 0;
 }
@@ -179,13 +185,10 @@ int32_t lcut_tc_add(lcut_suite* suite, const char* name, lcut_case_function func
                     void* argument, lcut_hook setup, lcut_hook teardown) {
   if (suite == nullptr) return ENOMEM;
   lcut_case* created = nullptr;
-  const int32_t code = allocate(created);
+  const int32_t code = create(created, name, setup, teardown);
   if (code != 0) return code;
-  copy_name(created->name, name);
   created->function = function;
   created->argument = argument;
-  created->setup = setup;
-  created->teardown = teardown;
   list_append(suite->cases, created->links);
   ++suite->case_count;
   return 0;

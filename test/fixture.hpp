@@ -109,7 +109,8 @@ inline const ai_array& first_output(const ai_layer& layer) {
   return *output->data;
 }
 
-// Float elements near the reference; for 8-bit integers, their values as floats.
+// Elements, times scale, near the reference. No element may be NaN, which lcut_float_near lets
+// pass.
 template <class T, class Reference, size_t Count>
 void check_near(lcut_case* tc, const T* actual, const Reference (&reference)[Count],
                 float tolerance, float scale = 1.0f, Site site = CALLING_SITE) {

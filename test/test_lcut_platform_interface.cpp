@@ -55,7 +55,8 @@ CASE(tc_stride_2d) {
 }
 
 CASE(tc_shape_nd) {
-  static constinit nnlib::tensor kernels(AI_ARRAY_FORMAT_FLOAT, kKernels, nullptr);
+  static constexpr ai_intq_info_list intq = {};
+  static constinit nnlib::tensor kernels(AI_ARRAY_FORMAT_FLOAT, kKernels, nullptr, &intq);
   static constinit nnlib::tensor clone(AI_ARRAY_FORMAT_Q15, kMap, nullptr);
   clone.shape.type_size = AI_DIMS_WORD(0x55, 2);
   core_tensor_clone(&clone, &kernels);
@@ -63,6 +64,7 @@ CASE(tc_shape_nd) {
   check_stride(tc, clone, {4, 8, 24, 120});
   check_equal(tc, {AI_DIMS_WORD(0x55, 4), kernels.flags}, {clone.shape.type_size, clone.flags});
   LCUT_TRUE(tc, clone.shape.data != kernels.shape.data && clone.data == &kernels.array);
+  LCUT_TRUE(tc, clone.klass == &intq);
 }
 
 CASE(tc_stride_nd) {

@@ -4,9 +4,6 @@
 
 #include <cstdint>
 
-inline constexpr uint32_t ramp_checksum[] = {
-    3523749464u,
-};
 inline constexpr uint8_t noise[] = {
     4u, 41u, 152u, 87u, 95u, 177u, 83u, 62u,
     115u, 243u, 193u, 217u, 65u, 237u, 232u, 51u,
