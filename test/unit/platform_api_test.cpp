@@ -264,6 +264,7 @@ TEST(Report, LeavesEmptyQuantizationAndTheFieldsOfOthers) {
   const ai_network_report untouched = filled_report();
   ASSERT_TRUE(ai_platform_api_get_network_report(&toy.net, &report));
   EXPECT_EQ(report.inputs[1].meta_info->intq_info, &toy.scales);
+  EXPECT_EQ(report.inputs[1].meta_info->flags, 1u);
   EXPECT_EQ(report.outputs[0].meta_info, nullptr);  // its record of scales is empty
   EXPECT_EQ(toy.infos[1]->meta_infos[0].flags, 0u);
   EXPECT_EQ(bytes(report.runtime_version), std::string("\4\1\0\0", 4));
