@@ -103,6 +103,9 @@ void func_lrn_channel_f32(float* out, const float* in, int32_t channels, int32_t
 
 void func_lrn_array_f32(float* out, const float* in, ai_size size, int32_t channels, int32_t half,
                         float k, float alpha, float beta) {
+  if (channels <= 0) {
+    return;
+  }
   const auto pixel = static_cast<ai_size>(channels);
   for (ai_size i = 0; i < size; i += pixel) {
     func_lrn_channel_f32(out + i, in + i, channels, half, k, alpha, beta);
@@ -132,6 +135,9 @@ void func_norm_array_f32(float* out, const float* in, float p, float scale, uint
 
 void func_norm_l2_fast_array_f32(float* out, const float* in, float scale, uint32_t n,
                                  uint32_t size) {
+  if (n == 0) {
+    return;
+  }
   const auto square = [](float x) { return x * x; };
   for (uint32_t at = 0; at < size; at += n) {
     normalize_vector(out + at, in + at, scale, 1, n, square, ai_math_sqrt);

@@ -64,7 +64,8 @@ void func_lrn_array_f32(float* out, const float* in, ai_size size, int32_t chann
 
 /* Vectors of n elements that lie stride elements apart, stride vectors interleaved in each of
  * outer blocks of n * stride elements. With s the sum of pow(|x|, p): out = x * f,
- * f = pow(scale / s, 1 / p), or pow(scale, 1 / p) for s = 0. Each pow is rounded to float. */
+ * f = pow(scale / s, 1 / p), or pow(scale, 1 / p) for s = 0. 1 / p is a float quotient, and each
+ * pow is rounded to float. */
 void func_norm_array_f32(float* out, const float* in, float p, float scale, uint32_t stride,
                          uint32_t n, uint32_t outer);
 

@@ -25,6 +25,7 @@ class RowProduct {
              float*& /*heap*/)
       : rows_(rows), units_(units), length_(length) {}
 
+  static constexpr size_t alignment() { return alignof(float); }
   static size_t heap_floats(size_t /*rows*/, uint32_t /*length*/) { return 0; }
 
   void multiply(const float* x) { x_ = x; }
@@ -59,6 +60,7 @@ class TransposedProduct {
     heap += heap_floats(rows_, length);
   }
 
+  static constexpr size_t alignment() { return 64; }  // a cache line
   static size_t heap_floats(size_t rows, uint32_t length) { return rows * length + rows; }
 
   void multiply(const float* x) {
@@ -275,24 +277,25 @@ struct GruCellAfter : GruCell {
   }
 };
 
+// What is fastest from the second step on: a single step reads each weight once, as would its
+// transposition.
 #if NNLIB_VECTOR_LANES > 1
-using ForwardProduct = TransposedProduct;
-constexpr size_t kProductAlignment = 64;  // a cache line
+using SequenceProduct = TransposedProduct;
 #else
-using ForwardProduct = RowProduct;
-constexpr size_t kProductAlignment = alignof(float);
+using SequenceProduct = RowProduct;
 #endif
 
-template <class Cell>
+template <class Cell, class Product>
 size_t heap_size(uint32_t features, uint32_t units) {
-  const size_t floats = size_t{Cell::kStates} * units +
-                        CellProducts<Cell, ForwardProduct>::heap_floats(features, units);
-  return floats * sizeof(float) + (kProductAlignment - alignof(float));
+  const size_t floats =
+      size_t{Cell::kStates} * units + CellProducts<Cell, Product>::heap_floats(features, units);
+  return floats * sizeof(float) + (Product::alignment() - alignof(float));
 }
 
+template <size_t Alignment>
 float* aligned(float* p) {
-  const size_t past = reinterpret_cast<uintptr_t>(p) % kProductAlignment;
-  return past == 0 ? p : p + (kProductAlignment - past) / sizeof(float);
+  const size_t past = reinterpret_cast<uintptr_t>(p) % Alignment;
+  return past == 0 ? p : p + (Alignment - past) / sizeof(float);
 }
 
 ai_activation_fn or_identity(ai_activation_fn activation) {
@@ -318,14 +321,15 @@ ai_rnn_cell_state start(const typename Cell::Layer& layer, uint16_t features, fl
   return s;
 }
 
-template <class Cell>
+template <class Cell, class Product>
 void run_steps(const typename Cell::Layer& layer, uint32_t features, float* heap) {
   const float* in = tensor_data<const float>(layer_input(layer.base));
   float* out = tensor_data<float>(layer_output(layer.base));
   const uint32_t steps = map_dims(layer_input(layer.base)).height;
   const bool sequence = map_dims(layer_output(layer.base)).height >= 2;
   ai_rnn_cell_state s = start<Cell>(layer, static_cast<uint16_t>(features), heap);
-  CellProducts<Cell, ForwardProduct> products(s, aligned(heap + size_t{Cell::kStates} * s.n_units));
+  CellProducts<Cell, Product> products(
+      s, aligned<Product::alignment()>(heap + size_t{Cell::kStates} * s.n_units));
   for (uint32_t i = 0; i < steps; ++i) {
     const uint32_t t = layer.go_backwards != 0 ? steps - 1 - i : i;
     Cell::step(in + size_t{t} * s.n_features, s, products);
@@ -339,16 +343,25 @@ void run_steps(const typename Cell::Layer& layer, uint32_t features, float* heap
   }
 }
 
+// False when there is no heap for it.
+template <class Cell, class Product>
+bool forward_with(const typename Cell::Layer& layer, uint32_t features) {
+  void* heap = core_mem_alloc(heap_size<Cell, Product>(features, layer.n_units));
+  if (heap == nullptr) {
+    return false;
+  }
+  run_steps<Cell, Product>(layer, features, static_cast<float*>(heap));
+  core_mem_free(heap);
+  return true;
+}
+
 template <class Cell>
 void forward(ai_layer* base) {
   const auto& layer = layer_record<typename Cell::Layer>(base);
-  const uint32_t features = map_dims(layer_input(*base)).channels;
-  void* heap = core_mem_alloc(heap_size<Cell>(features, layer.n_units));
-  if (heap == nullptr) {
-    return;
+  const MapDims in = map_dims(layer_input(*base));
+  if (in.height < 2 || !forward_with<Cell, SequenceProduct>(layer, in.channels)) {
+    forward_with<Cell, RowProduct>(layer, in.channels);
   }
-  run_steps<Cell>(layer, features, static_cast<float*>(heap));
-  core_mem_free(heap);
 }
 
 template <class Cell>
@@ -388,10 +401,10 @@ void _forward_gru_after(ai_layer* layer) {
 }
 
 size_t ai_lstm_heap_size(uint32_t n_features, uint32_t n_units) {
-  return heap_size<LstmCell>(n_features, n_units);
+  return heap_size<LstmCell, SequenceProduct>(n_features, n_units);
 }
 
 size_t ai_gru_heap_size(uint32_t n_features, uint32_t n_units, bool reset_after) {
-  return reset_after ? heap_size<GruCellAfter>(n_features, n_units)
-                     : heap_size<GruCellBefore>(n_features, n_units);
+  return reset_after ? heap_size<GruCellAfter, SequenceProduct>(n_features, n_units)
+                     : heap_size<GruCellBefore, SequenceProduct>(n_features, n_units);
 }

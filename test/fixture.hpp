@@ -1,11 +1,12 @@
 // What suites are made of: cases, fixtures and checks.
 //
 //   CASE(tc_relu_conformance) {
-//     static constinit nnlib::tensor in({1, 3, 1, 1}, relu_in_data);
-//     static constinit output_tensor<float, 1, 3, 1, 1> out;
-//     static constinit nnlib::chain chain(nnlib::list(in), nnlib::list(out));
-//     static constinit ai_layer layer = nnlib::layer(AI_LAYER_TYPE_NL, forward_relu, chain);
-//     check_layer(tc, layer, relu_out_reference, kFloatEpsilon);
+//     static constinit nnlib::tensor relu_in({1, 3, 1, 1}, relu_in_data);
+//     static constinit output_tensor<float, 1, 3, 1, 1> relu_out;
+//     static constinit nnlib::chain relu_layer_chain(nnlib::list(relu_in), nnlib::list(relu_out));
+//     static constinit ai_layer relu_layer =
+//         nnlib::layer(AI_LAYER_TYPE_NL, forward_relu, relu_layer_chain);
+//     check_layer(tc, relu_layer, relu_out_reference, kFloatEpsilon);
 //   }
 //
 //   SUITE(test_lcut_nl, "test_lcut_nl test unit", ENTRY(tc_relu_conformance), ...)

@@ -354,8 +354,8 @@ CASE(tc_conv2D_max_pool_miniyolo_conformance) {
 
 CASE(tc_conv2D_pad_tanh_avg_pooling_conformance) {
   INPUTS(conv_pad_tanh_avg_pool, map(2, 5, 4), kernel(2, 3, 2, 3));
-  FUSED(conv_pad_tanh_avg_pool, map(3, 5, 3), map(3, 3, 2),
-        pooling(pool_func_ap_array_f32, {2, 3}, {2, 2}, {1, 1}, {1, 0}), .pads = {1, 1, 0, 1},
+  FUSED(conv_pad_tanh_avg_pool, map(3, 5, 3), map(3, 3, 4),
+        pooling(pool_func_ap_array_f32, {2, 3}, {2, 1}, {2, 1}), .pads = {1, 1, 0, 1},
         .nl = nl_func_tanh_array_f32);
   check_fused(tc, conv_pad_tanh_avg_pool_layer, conv_pad_tanh_avg_pool_out_reference,
               two_ulps(conv_pad_tanh_avg_pool_out_reference));

@@ -19,12 +19,14 @@ using broadcast_tensor =
 template <dims A, dims B, const auto& InA, const auto& InB, size_t Count>
 void check_eltwise(lcut_case* tc, ai_binary_fn operation, const float (&reference)[Count],
                    Site site) {
-  static constinit nnlib::tensor a(A, InA);
-  static constinit nnlib::tensor b(B, InB);
-  static constinit broadcast_tensor<A, B> out;
-  static constinit nnlib::chain chain(nnlib::list(a, b), nnlib::list(out));
-  ai_layer_eltwise layer = {nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_eltwise, chain), operation};
-  check_layer(tc, layer, reference, kFloatEpsilon, site);
+  static constinit nnlib::tensor eltwise_in0(A, InA);
+  static constinit nnlib::tensor eltwise_in1(B, InB);
+  broadcast_tensor<A, B> eltwise_out;
+  const nnlib::chain eltwise_layer_chain(nnlib::list(eltwise_in0, eltwise_in1),
+                                         nnlib::list(eltwise_out));
+  ai_layer_eltwise eltwise_layer = {
+      nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_eltwise, eltwise_layer_chain), operation};
+  check_layer(tc, eltwise_layer, reference, kFloatEpsilon, site);
 }
 
 // The operands' dimensions stand behind the operation: N, C, W, H.
@@ -38,12 +40,13 @@ void check_eltwise(lcut_case* tc, ai_binary_fn operation, const float (&referenc
 template <size_t Count>
 void check_reduce(lcut_case* tc, ai_binary_fn operation, float neutral_value,
                   const float (&reference)[Count], Site site = CALLING_SITE) {
-  static constinit nnlib::tensor in({1, 5, 3, 2}, reduce_in_data);
-  static constinit output_tensor<float, 1, 1, 3, 2> out;
-  static constinit nnlib::chain chain(nnlib::list(in), nnlib::list(out));
-  ai_layer_reduce layer = {nnlib::layer(AI_LAYER_TYPE_REDUCE, forward_reduce, chain), neutral_value,
-                           operation};
-  check_layer(tc, layer, reference, kFloatEpsilon, site);
+  static constinit nnlib::tensor reduce_in({1, 5, 3, 2}, reduce_in_data);
+  output_tensor<float, 1, 1, 3, 2> reduce_out;
+  const nnlib::chain reduce_layer_chain(nnlib::list(reduce_in), nnlib::list(reduce_out));
+  ai_layer_reduce reduce_layer = {
+      nnlib::layer(AI_LAYER_TYPE_REDUCE, forward_reduce, reduce_layer_chain), neutral_value,
+      operation};
+  check_layer(tc, reduce_layer, reference, kFloatEpsilon, site);
 }
 
 float custom(float a, float b) {
@@ -66,19 +69,22 @@ ELTWISE_CASE(tc_sub_h_w_ch_ch_in_2, sub_h_w_ch_ch_in_v2, ai_sub, dims{1, 3, 1, 2
 ELTWISE_CASE(tc_sum_h_w_ch_ch_in_3, sum_h_w_ch_ch_in_v3, ai_sum, dims{2, 3, 4, 2}, dims{1, 3, 1, 2})
 
 CASE(tc_custom_func_chain) {
-  static constinit nnlib::tensor a({1, 3, 4, 2}, chain_in0_data);
-  static constinit nnlib::tensor b({1, 3, 1, 1}, chain_in1_data);
-  static constinit nnlib::tensor c({1, 1, 4, 2}, chain_in2_data);
+  static constinit nnlib::tensor chain_in0({1, 3, 4, 2}, chain_in0_data);
+  static constinit nnlib::tensor chain_in1({1, 3, 1, 1}, chain_in1_data);
+  static constinit nnlib::tensor chain_in2({1, 1, 4, 2}, chain_in2_data);
   static constinit output_tensor<float, 1, 3, 4, 2> between;
-  static constinit output_tensor<float, 1, 3, 4, 2> out;
-  static constinit nnlib::chain first_chain(nnlib::list(a, b), nnlib::list(between));
-  static constinit nnlib::chain second_chain(nnlib::list(c, between), nnlib::list(out));
-  static constinit ai_layer_eltwise second = {
-      nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_eltwise, second_chain), custom};
-  static constinit ai_layer_eltwise first = {
-      nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_eltwise, first_chain, &second.base), custom};
-  ai_layers_forward_layer(&first.base);
-  check_layer(tc, *first.base.next, chain_out_reference, kFloatEpsilon);
+  static constinit output_tensor<float, 1, 3, 4, 2> chain_out;
+  static constinit nnlib::chain first_layer_chain(nnlib::list(chain_in0, chain_in1),
+                                                  nnlib::list(between));
+  static constinit nnlib::chain second_layer_chain(nnlib::list(chain_in2, between),
+                                                   nnlib::list(chain_out));
+  static constinit ai_layer_eltwise second_layer = {
+      nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_eltwise, second_layer_chain), custom};
+  static constinit ai_layer_eltwise first_layer = {
+      nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_eltwise, first_layer_chain, &second_layer.base),
+      custom};
+  ai_layers_forward_layer(&first_layer.base);
+  check_layer(tc, *first_layer.base.next, chain_out_reference, kFloatEpsilon);
 }
 
 CASE(tc_reduce_sum) {

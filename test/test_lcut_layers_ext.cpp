@@ -12,12 +12,12 @@ namespace {
 template <uint32_t C, uint32_t W, uint32_t H, uint32_t N, size_t Count>
 void check_transpose(lcut_case* tc, const uint32_t (&perm)[AI_SHAPE_DIMS],
                      const float (&reference)[Count], Site site = CALLING_SITE) {
-  static constinit nnlib::tensor in({1, 2, 3, 4}, transpose_in_data);
-  static constinit output_tensor<float, N, C, W, H> out;
-  static constinit nnlib::chain chain(nnlib::list(in), nnlib::list(out));
-  ai_layer_transpose layer = {nnlib::layer(AI_LAYER_TYPE_TRANSPOSE, forward_transpose, chain),
-                              perm};
-  check_layer(tc, layer, reference, kFloatEpsilon, site);
+  static constinit nnlib::tensor transpose_in({1, 2, 3, 4}, transpose_in_data);
+  output_tensor<float, N, C, W, H> transpose_out;
+  const nnlib::chain transpose_layer_chain(nnlib::list(transpose_in), nnlib::list(transpose_out));
+  ai_layer_transpose transpose_layer = {
+      nnlib::layer(AI_LAYER_TYPE_TRANSPOSE, forward_transpose, transpose_layer_chain), perm};
+  check_layer(tc, transpose_layer, reference, kFloatEpsilon, site);
 }
 
 }  // namespace
@@ -33,59 +33,69 @@ CASE(tc_transpose_swap_conformance) {
 }
 
 CASE(tc_transpose_swap2_conformance) {
-  check_transpose<3, 2, 4, 1>(tc, {AI_SHAPE_N, AI_SHAPE_W, AI_SHAPE_C, AI_SHAPE_H},
+  check_transpose<3, 4, 2, 1>(tc, {AI_SHAPE_N, AI_SHAPE_W, AI_SHAPE_H, AI_SHAPE_C},
                               transpose_swap2_out_reference);
 }
 
 CASE(tc_concat_conformance) {
-  static constinit nnlib::tensor a({1, 2, 2, 3}, concat_in0_data);
-  static constinit nnlib::tensor b({1, 1, 2, 3}, concat_in1_data);
-  static constinit nnlib::tensor c({1, 2, 2, 1}, concat_in2_data);
-  static constinit output_tensor<float, 1, 3, 2, 3> channels_out;
-  static constinit output_tensor<float, 1, 2, 2, 4> height_out;
-  static constinit nnlib::chain channels_chain(nnlib::list(a, b), nnlib::list(channels_out));
-  static constinit nnlib::chain height_chain(nnlib::list(a, c), nnlib::list(height_out));
-  static constinit ai_layer_concat channels_layer = {
-      nnlib::layer(AI_LAYER_TYPE_CONCAT, forward_concat, channels_chain), AI_SHAPE_C};
-  static constinit ai_layer_concat height_layer = {
-      nnlib::layer(AI_LAYER_TYPE_CONCAT, forward_concat, height_chain), AI_SHAPE_H};
-  check_layer(tc, channels_layer, concat_channels_out_reference, kFloatEpsilon);
-  check_layer(tc, height_layer, concat_height_out_reference, kFloatEpsilon);
+  static constinit nnlib::tensor concat_in0({1, 2, 2, 3}, concat_in0_data);
+  static constinit nnlib::tensor concat_in1({1, 1, 2, 3}, concat_in1_data);
+  static constinit nnlib::tensor concat_in2({1, 2, 2, 1}, concat_in2_data);
+  static constinit output_tensor<float, 1, 3, 2, 3> concat_channels_out;
+  static constinit output_tensor<float, 1, 2, 2, 4> concat_height_out;
+  static constinit nnlib::chain concat_channels_layer_chain(nnlib::list(concat_in0, concat_in1),
+                                                            nnlib::list(concat_channels_out));
+  static constinit nnlib::chain concat_height_layer_chain(nnlib::list(concat_in0, concat_in2),
+                                                          nnlib::list(concat_height_out));
+  static constinit ai_layer_concat concat_channels_layer = {
+      nnlib::layer(AI_LAYER_TYPE_CONCAT, forward_concat, concat_channels_layer_chain), AI_SHAPE_C};
+  static constinit ai_layer_concat concat_height_layer = {
+      nnlib::layer(AI_LAYER_TYPE_CONCAT, forward_concat, concat_height_layer_chain), AI_SHAPE_H};
+  check_layer(tc, concat_channels_layer, concat_channels_out_reference, kFloatEpsilon);
+  check_layer(tc, concat_height_layer, concat_height_out_reference, kFloatEpsilon);
 }
 
 CASE(tc_time_delay_conformance) {
-  static constinit nnlib::tensor in({1, 3, 1, 13}, time_delay_in_data);
-  static constinit nnlib::tensor weights({3, 3, 1, 2}, time_delay_weight_data);
-  static constinit nnlib::tensor bias({1, 2, 1, 1}, time_delay_bias_data);
-  static constinit nnlib::tensor delays({1, 3, 1, 1}, time_delay_delays);
-  static constinit output_tensor<float, 1, 2, 1, 9> out;
-  static constinit nnlib::chain chain(nnlib::list(in), nnlib::list(out),
-                                      nnlib::list(weights, bias));
-  static constinit ai_layer_time_delay layer = {
-      nnlib::layer(AI_LAYER_TYPE_TIME_DELAY, forward_time_delay, chain), &delays.array};
-  check_layer(tc, layer, time_delay_out_reference, kFloatEpsilon);
+  static constinit nnlib::tensor time_delay_in({1, 3, 1, 13}, time_delay_in_data);
+  static constinit nnlib::tensor time_delay_weights({3, 4, 1, 2}, time_delay_weight_data);
+  static constinit nnlib::tensor time_delay_bias({1, 2, 1, 1}, time_delay_bias_data);
+  static constinit nnlib::tensor time_delay_delays({1, 4, 1, 1}, time_delay_delay_data);
+  static constinit output_tensor<float, 1, 2, 1, 9> time_delay_out;
+  static constinit nnlib::chain time_delay_layer_chain(
+      nnlib::list(time_delay_in), nnlib::list(time_delay_out),
+      nnlib::list(time_delay_weights, time_delay_bias));
+  static constinit ai_layer_time_delay time_delay_layer = {
+      nnlib::layer(AI_LAYER_TYPE_TIME_DELAY, forward_time_delay, time_delay_layer_chain),
+      &time_delay_delays.array};
+  check_layer(tc, time_delay_layer, time_delay_out_reference, kFloatEpsilon);
 }
 
 // A dense layer and a scaling of its outputs, run on each of four steps. The inner layers name the
 // whole sequences where the steps are put in.
 CASE(tc_time_distributed_conformance) {
-  static constinit nnlib::tensor in({1, 3, 1, 4}, time_distributed_in_data);
-  static constinit nnlib::tensor weights({3, 2, 1, 1}, time_distributed_weight_data);
-  static constinit nnlib::tensor bias({1, 2, 1, 1}, time_distributed_bias_data);
-  static constinit nnlib::tensor scale({1, 2, 1, 1}, time_distributed_scale_data);
+  static constinit nnlib::tensor time_distributed_in({1, 3, 1, 4}, time_distributed_in_data);
+  static constinit nnlib::tensor time_distributed_weights({3, 2, 1, 1},
+                                                          time_distributed_weight_data);
+  static constinit nnlib::tensor time_distributed_bias({1, 2, 1, 1}, time_distributed_bias_data);
+  static constinit nnlib::tensor time_distributed_scale({1, 2, 1, 1}, time_distributed_scale_data);
   static constinit output_tensor<float, 1, 2, 1, 1> between;
-  static constinit output_tensor<float, 1, 2, 1, 4> out;
-  static constinit nnlib::chain dense_chain(nnlib::list(in), nnlib::list(between),
-                                            nnlib::list(weights, bias));
-  static constinit nnlib::chain scale_chain(nnlib::list(between, scale), nnlib::list(out));
-  static constinit nnlib::chain chain(nnlib::list(in), nnlib::list(out));
+  static constinit output_tensor<float, 1, 2, 1, 4> time_distributed_out;
+  static constinit nnlib::chain dense_layer_chain(
+      nnlib::list(time_distributed_in), nnlib::list(between),
+      nnlib::list(time_distributed_weights, time_distributed_bias));
+  static constinit nnlib::chain scale_layer_chain(nnlib::list(between, time_distributed_scale),
+                                                  nnlib::list(time_distributed_out));
+  static constinit nnlib::chain time_distributed_layer_chain(nnlib::list(time_distributed_in),
+                                                             nnlib::list(time_distributed_out));
   static constinit ai_layer_eltwise scale_layer = {
-      nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_eltwise, scale_chain), ai_mul};
+      nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_eltwise, scale_layer_chain), ai_mul};
   static constinit ai_layer dense_layer =
-      nnlib::layer(AI_LAYER_TYPE_DENSE, forward_dense, dense_chain, &scale_layer.base);
-  static constinit ai_layer_time_distributed layer = {
-      nnlib::layer(AI_LAYER_TYPE_TIME_DISTRIBUTED, forward_time_distributed, chain), &dense_layer};
-  check_layer(tc, layer, time_distributed_out_reference, kFloatEpsilon);
+      nnlib::layer(AI_LAYER_TYPE_DENSE, forward_dense, dense_layer_chain, &scale_layer.base);
+  static constinit ai_layer_time_distributed time_distributed_layer = {
+      nnlib::layer(AI_LAYER_TYPE_TIME_DISTRIBUTED, forward_time_distributed,
+                   time_distributed_layer_chain),
+      &dense_layer};
+  check_layer(tc, time_distributed_layer, time_distributed_out_reference, kFloatEpsilon);
 }
 
 SUITE(test_lcut_layers_ext, "test_lcut_layers_ext test unit", ENTRY(tc_transpose_inv_conformance),

@@ -47,8 +47,8 @@ template <size_t Inputs, size_t Count>
 void check_network(lcut_case* tc, ai_network& net, const Input (&inputs)[Inputs],
                    const float (&reference)[Count], uint16_t batches = 1,
                    Site site = CALLING_SITE) {
-  float results[Count] = {};
-  const ai_buffer output = buffer_of(ai_tensor_chain_output(&net.io, 0), results, batches);
+  rubbish_storage<float, Count> results;
+  const ai_buffer output = buffer_of(ai_tensor_chain_output(&net.io, 0), results.storage, batches);
   ai_buffer input[Inputs];
   for (uint32_t i = 0; i < Inputs; ++i) {
     input[i] = buffer_of(ai_tensor_chain_input(&net.io, i), inputs[i].data, inputs[i].batches);
@@ -62,7 +62,7 @@ void check_network(lcut_case* tc, ai_network& net, const Input (&inputs)[Inputs]
       {ai_platform_network_process(handle, input, &output), ai_platform_network_get_error(handle),
        output.height * output.width * output.channels * batches},
       site);
-  check_near(tc, results, reference, kFloatEpsilon, 1.0f, site);
+  check_near(tc, results.storage, reference, kFloatEpsilon, 1.0f, site);
 }
 
 // Two inputs, joined for a dense layer; their and the output's elements are copied or bound.

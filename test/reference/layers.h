@@ -349,6 +349,15 @@ inline constexpr float norm_out_reference[] = {
     0.455582142f, -0.391852587f, 0.347411245f, 0.534204602f, 0.425183415f, 0.526471078f, 0.368752182f, -0.111313343f,
     0.112672813f, -0.564252973f, -0.166793272f, -0.792914093f,
 };
+inline constexpr float norm_zero_in_data[] = {
+    0.0f, 0.0f, 0.0f, 3.0f, 0.0f, -4.0f,
+};
+inline constexpr float norm_zero_out_reference[] = {
+    0.0f, 0.0f, 0.0f, 0.600000024f, 0.0f, -0.800000012f,
+};
+inline constexpr float norm_zero_sum_out_reference[] = {
+    0.0f, 0.0f, 0.0f, 0.428571433f, 0.0f, -0.571428597f,
+};
 inline constexpr float lp_norm_height_in_data[] = {
     -0.0679465532f, 0.931328893f, -0.240611434f, -0.157757282f, -0.214470148f, -0.901132345f, 0.383486032f, 0.748486757f,
     0.992936134f, -0.937764764f, -0.285908341f, -0.68167007f, 0.254202008f, -0.64969945f, 0.905781507f, -0.950805068f,

@@ -163,7 +163,7 @@ def vectors():
         pooled={"kind": "max", "size": (2, 2), "stride": (2, 2), "pads": (0, 0, 0, 0),
                 "out": (3, 3)})
     add("conv_pad_tanh_avg_pool", (2, 5, 4), (3, 2), 3, pads=(1, 1, 0, 1), limit=0.75, after=np.tanh,
-        pooled={"kind": "mean", "size": (2, 3), "stride": (2, 2), "pads": (1, 1, 1, 0),
-                "out": (3, 2)})
+        pooled={"kind": "mean", "size": (2, 3), "stride": (2, 1), "pads": (2, 1, 0, 0),
+                "out": (3, 4)})
     add("conv_1x1_sm", (4, 3, 2), (1, 1), 5, limit=1.0, after=softmax)
     return header

@@ -103,6 +103,9 @@ def norms(header, lcg):
     x = lcg.uniform((2, 2, 5), 3)
     length = np.sqrt((x**2).sum(axis=2, keepdims=True))
     add_all(header, "norm", in_data=x, out_reference=x / length)
+    x = np.array([[[0.0, 0, 0], [3, 0, -4]]])  # the vector of zeros stays
+    add_all(header, "norm_zero", in_data=x, out_reference=x / [[[1], [5]]],
+            sum_out_reference=x / [[[1], [7]]])
     x = lcg.uniform((4, 3, 2))
     length = np.cbrt((np.abs(x) ** 3).sum(axis=0, keepdims=True))
     add_all(header, "lp_norm_height", in_data=x, out_reference=x / length)

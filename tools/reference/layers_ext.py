@@ -6,7 +6,7 @@ from data import Lcg
 from emit import Header
 
 # The input axis (0 batch, 1 channels, 2 width, 3 height) along each output axis.
-TRANSPOSES = {"inv": (3, 2, 1, 0), "swap": (0, 1, 3, 2), "swap2": (0, 2, 1, 3)}
+TRANSPOSES = {"inv": (3, 2, 1, 0), "swap": (0, 1, 3, 2), "swap2": (0, 2, 3, 1)}
 
 
 def vectors():
@@ -27,11 +27,11 @@ def vectors():
     header.add("concat_channels_out_reference", np.concatenate([a, b], axis=2))
     header.add("concat_height_out_reference", np.concatenate([a, c], axis=0))
 
-    F, U, steps, delays = 3, 2, 9, [1, 0, 4]
+    F, U, steps, delays = 3, 2, 9, [1, 0, 4, 3]
     x = add("time_delay_in_data", data.exact((steps + max(delays), F)))
     kernel = add("time_delay_weight_data", data.exact((U, len(delays), F)))
     bias = add("time_delay_bias_data", data.exact(U))
-    header.add("time_delay_delays", np.array(delays, dtype=np.uint8))
+    header.add("time_delay_delay_data", np.array(delays, dtype=np.uint8))
     taps = np.stack([x[d:d + steps] for d in delays], axis=1)
     header.add("time_delay_out_reference", np.einsum("ujk,tjk->tu", kernel, taps) + bias)
 
