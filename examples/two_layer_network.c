@@ -33,7 +33,7 @@ typedef struct floor_layer {
   float floor;
 } floor_layer;
 
-static void forward_floor(ai_layer* layer) {
+static void forward_at_least(ai_layer* layer) {
   const float floor = ((const floor_layer*)layer)->floor;
   const ai_tensor* y = ai_tensor_chain_output(layer->tensor_chain, 0);
   const float* in = ai_tensor_data(ai_tensor_chain_input(layer->tensor_chain, 0));
@@ -61,9 +61,9 @@ AI_STATIC_TENSOR(hidden, AI_ARRAY_FORMAT_FLOAT, 1, UNITS, 1, 1, hidden_data);
   AI_STATIC_CHAIN(name##_floor_chain, AI_LIST(&hidden), AI_LIST(&name##_y), AI_EMPTY_LIST,        \
                   AI_EMPTY_LIST);                                                                 \
   static floor_layer name##_floor = {                                                             \
-      AI_LAYER(AI_LAYER_TYPE_NL, forward_floor, &name##_floor_chain, NULL), -1.5f};               \
-  static ai_layer name##_sum = AI_LAYER(AI_LAYER_TYPE_DENSE, forward_weighted_sum,                \
-                                        &name##_sum_chain, &name##_floor.base);                   \
+      AI_LAYER(AI_LAYER_TYPE_NL, forward_at_least, &name##_floor_chain, NULL), -1.5f};            \
+  static ai_layer name##_sum =                                                                    \
+      AI_LAYER(AI_LAYER_TYPE_DENSE, forward_weighted_sum, &name##_sum_chain, &name##_floor.base); \
   AI_STATIC_NETWORK(name, AI_IO_LIST(&name##_x), AI_IO_LIST(&name##_y), &name##_sum)
 
 static float x_data[FEATURES];
@@ -100,10 +100,11 @@ static int run(const char* title, ai_network* network) {
   ai_handle handle = NULL;
 
   printf("%s\n", title);
-  if (ai_platform_network_create(&handle, NULL, network, 1, 3, 0) != 0 ||
-      ai_platform_network_init(handle, &params) == NULL || report(handle) != 0 ||
+  const ai_error refused = ai_platform_network_create(&handle, NULL, network, 1, 3, 0);
+  if (refused != 0 || ai_platform_network_init(handle, &params) == NULL || report(handle) != 0 ||
       ai_platform_network_process(handle, &in, &out) != BATCHES) {
-    printf("  error 0x%x\n", (unsigned)ai_platform_network_get_error(handle));
+    printf("  error 0x%x\n",
+           (unsigned)(refused != 0 ? refused : ai_platform_network_get_error(handle)));
     return 1;
   }
   for (int batch = 0; batch < BATCHES; ++batch) {

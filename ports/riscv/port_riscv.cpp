@@ -1,0 +1,29 @@
+// The time counter of the base architecture; the machine tells its rate in NNLIB_CLOCK_HZ.
+#include "ports/port.h"
+
+#ifndef NNLIB_CLOCK_HZ
+#error "NNLIB_CLOCK_HZ must give the rate of the time counter"
+#endif
+
+void port_init(void) {}
+
+int64_t port_ticks(void) {
+  uint32_t high;
+  uint32_t low;
+  uint32_t again;
+  do {
+    __asm__ volatile("rdtimeh %0\n rdtime %1\n rdtimeh %2" : "=r"(high), "=r"(low), "=r"(again));
+  } while (high != again);
+  return static_cast<int64_t>(uint64_t{high} << 32 | low);
+}
+
+int64_t port_ticks_per_second(void) {
+  return NNLIB_CLOCK_HZ;
+}
+
+void port_pin_to_first_processor(void) {}
+
+// A debug probe carries the whole word.
+int port_exit_status(uint32_t count) {
+  return static_cast<int>(count);
+}
