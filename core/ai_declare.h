@@ -152,16 +152,14 @@ struct tensor : ai_tensor {
   }
 
   /* data and data_start apart: an offset into a shared buffer, or indices and their table. */
-  template <class Start, class = std::enable_if_t<!std::is_base_of_v<ai_intq_info_list, Start>>>
-  constexpr tensor(ai_array_format format, dims d, const void* elements, Start* start,
-                   const ai_intq_info_list* quantization = nullptr)
+  constexpr tensor(ai_array_format format, dims d, const void* elements, const void* start,
+                   const ai_intq_info_list* quantization)
       : ai_tensor{quantization,
                   AI_TENSOR_FLAGS_OF(format),
                   {AI_DIMS_WORD(AI_SHAPE_TYPE, AI_SHAPE_DIMS), shape_},
                   {AI_DIMS_WORD(AI_STRIDE_TYPE, AI_SHAPE_DIMS), stride_},
                   &array},
-        array{format, d.elements(), const_cast<void*>(elements),
-              const_cast<std::remove_cv_t<Start>*>(start)},
+        array{format, d.elements(), const_cast<void*>(elements), const_cast<void*>(start)},
         shape_{d.n, d.c, d.w, d.h},
         stride_{AI_FORMAT_RUN_BYTES(format, 1), AI_FORMAT_RUN_BYTES(format, d.n),
                 AI_FORMAT_RUN_BYTES(format, d.n) * d.c,

@@ -81,7 +81,8 @@ NNLIB_ALWAYS_INLINE void finish_fixed_tile(const FixedRows<Weight>& rows, Tile s
   }
   const uint32_t first = std::min(count, 4u);
   store_fixed_quad(_mm256_castsi256_si128(packed), out + row, first);
-  store_fixed_quad(_mm256_extracti128_si256(packed, 1), out + row + (kPixels == 2 ? rows.count : 4),
+  store_fixed_quad(_mm256_extracti128_si256(packed, 1),
+                   out + row + (kPixels == 2 ? rows.count : first),
                    kPixels == 2 ? count : count - first);
 }
 

@@ -77,6 +77,9 @@ NNLIB_ALWAYS_INLINE void depthwise_block(const DepthwisePixel& pixel, uint32_t c
 
 inline void convolve_channels(const FixedConv<q7_t>& conv) {
   const ConvGeometry& g = conv.geometry;
+  if (g.out_channels == 0) {
+    return;
+  }
   const uint32_t multiplier = g.out_channels / g.in_channels;
   q7_t* out = conv.out;
   for (uint32_t y = 0; y < g.out_height; ++y) {

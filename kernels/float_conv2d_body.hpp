@@ -1,65 +1,146 @@
+// Body of float_conv2d.cpp, once for each number of lanes. Helpers are here as well: called from
+// code for wide vectors, one compiled without them would cost as much as a row of pixels.
 #include "kernels/float_tile_body.hpp"
+
+// The outputs whose window lies inside the map with all its taps.
+struct Span {
+  uint32_t begin;
+  uint32_t end;
+};
+
+inline Window window_of(const ConvAxis& axis, uint32_t output) {
+  return clip_taps(axis.start + int64_t{output} * axis.stride, axis.taps, axis.in, axis.dilation);
+}
+
+inline Span complete_windows(const ConvAxis& axis) {
+  const int64_t stride = axis.stride;
+  const int64_t last_start =
+      int64_t{axis.in} - 1 - (int64_t{axis.taps} - 1) * axis.dilation - axis.start;
+  const int64_t begin = axis.start < 0 ? (stride - 1 - axis.start) / stride : 0;
+  const int64_t end = last_start < 0 ? 0 : std::min(last_start / stride + 1, int64_t{axis.out});
+  if (begin >= end) {
+    return {0, 0};
+  }
+  return {static_cast<uint32_t>(begin), static_cast<uint32_t>(end)};
+}
+
+// Outputs in a row, or one above the other, that see the same taps.
+struct Line {
+  Window rows;     // of the first output
+  Window columns;  // of the first output
+  size_t in_pitch;
+  size_t out_pitch;
+  float* out;
+  uint32_t count;
+};
+
+inline Line line_along_x(const Conv2d& conv, uint32_t x, uint32_t y, uint32_t count) {
+  return {window_of(conv.y, y),
+          window_of(conv.x, x),
+          conv.x.stride * conv.x.in_pitch,
+          conv.x.out_pitch,
+          conv.out + y * conv.y.out_pitch + x * conv.x.out_pitch,
+          count};
+}
+
+inline Line line_along_y(const Conv2d& conv, uint32_t x, uint32_t y, uint32_t count) {
+  Line line = line_along_x(conv, x, y, count);
+  line.in_pitch = conv.y.stride * conv.y.in_pitch;
+  line.out_pitch = conv.y.out_pitch;
+  return line;
+}
+
+// Whether a row of the window is one run of the input, and of the weights where those are used in
+// place; if not, each tap is a run.
+inline bool rows_are_runs(const Conv2d& conv, bool weights_in_place) {
+  const auto tap = static_cast<ptrdiff_t>(conv.in_channels);
+  return conv.x.dilation == 1 && conv.x.in_pitch == conv.in_channels &&
+         (!weights_in_place || conv.x.tap_pitch == tap);
+}
+
+constexpr size_t kMostRuns = 16;
 
 // Depth k (tap row, tap column, input channel, in this order) from `first` on, of some columns
 // (output channels).
 struct Chunk {
   size_t first;
   size_t depth;
+  bool row_runs;
   Columns columns;
   Tile tile;          // packed, or the weights in place from tap (0, 0) on
   const float* bias;  // of the columns, padded to whole vectors; null: sums go on from the output
 };
 
-template <size_t P, size_t NV>
-NNLIB_ALWAYS_INLINE void accumulate_window(Vec (&acc)[P][NV], const Conv2d& conv,
-                                           const Chunk& chunk, const Line& line, size_t pixel) {
-  const Runs runs = runs_of(conv, line.columns, !kPacks);
-  const float* window = conv.in + line.rows.begin * conv.y.in_pitch +
-                        line.columns.begin * conv.x.in_pitch + pixel * line.in_pitch;
-  for (uint32_t row = 0; row < line.rows.count; ++row) {
-    const float* in = window + row * conv.y.dilation * conv.y.in_pitch;
-    const size_t tap_row = line.rows.tap + row;
-    size_t k = (tap_row * conv.x.taps + line.columns.tap) * conv.in_channels;
-    for (size_t run = 0; run < runs.count; ++run, k += runs.length) {
-      const size_t begin = std::max(k, chunk.first);
-      const size_t end = std::min(k + runs.length, chunk.first + chunk.depth);
-      if (begin < end) {
-        Tile tile = chunk.tile;
-        if constexpr (kPacks) {
-          tile.data += (begin - chunk.first) * tile.k_pitch;
-        } else {
-          tile.data += static_cast<ptrdiff_t>(tap_row) * conv.y.tap_pitch +
-                       static_cast<ptrdiff_t>(line.columns.tap + run) * conv.x.tap_pitch;
-        }
-        accumulate(acc, in + (begin - k), line.in_pitch, 1, tile, end - begin);
+// How a window reads one chunk: runs of products, in order.
+struct Runs {
+  struct Run {
+    size_t in;       // from the window's first position inside the map
+    ptrdiff_t tile;  // from the tile's data
+    size_t depth;
+  };
+  const float* in;
+  size_t count;
+  Run run[kMostRuns];
+};
+
+inline Runs runs_of(const Conv2d& conv, const Chunk& chunk, const Window& rows,
+                    const Window& columns) {
+  Runs runs = {conv.in + rows.begin * conv.y.in_pitch + columns.begin * conv.x.in_pitch, 0, {}};
+  const size_t taps = chunk.row_runs ? columns.count : 1;  // of a run
+  const size_t end = chunk.first + chunk.depth;
+  for (uint32_t row = 0; row < rows.count; ++row) {
+    for (uint32_t column = 0; column < columns.count; column += static_cast<uint32_t>(taps)) {
+      const size_t tap_row = rows.tap + row, tap_column = columns.tap + column;
+      const size_t k = (tap_row * conv.x.taps + tap_column) * conv.in_channels;
+      const size_t from = std::max(k, chunk.first);
+      const size_t to = std::min<size_t>(k + taps * conv.in_channels, end);
+      if (from < to) {
+        const ptrdiff_t in_place = static_cast<ptrdiff_t>(tap_row) * conv.y.tap_pitch +
+                                   static_cast<ptrdiff_t>(tap_column) * conv.x.tap_pitch +
+                                   static_cast<ptrdiff_t>(from - k);
+        runs.run[runs.count++] = {
+            row * conv.y.dilation * conv.y.in_pitch + column * conv.x.dilation * conv.x.in_pitch +
+                (from - k),
+            kPacks ? static_cast<ptrdiff_t>((from - chunk.first) * chunk.tile.k_pitch) : in_place,
+            to - from};
       }
-      in += conv.x.dilation * conv.x.in_pitch;
     }
   }
+  return runs;
 }
 
 template <size_t P, size_t NV>
-NNLIB_ALWAYS_INLINE void conv_block(const Conv2d& conv, const Chunk& chunk, const Line& line,
+NNLIB_ALWAYS_INLINE void conv_block(const Chunk& chunk, const Line& line, const Runs& runs,
                                     size_t pixel) {
   float* out = line.out + pixel * line.out_pitch + chunk.columns.first;
+  const float* in = runs.in + pixel * line.in_pitch;
   Vec acc[P][NV];
   if (chunk.bias != nullptr) {
     load_block(acc, chunk.bias, 0, kLanes);
   } else {
     load_block(acc, out, line.out_pitch, chunk.columns.lanes);
   }
-  accumulate_window(acc, conv, chunk, line, pixel);
+  for (size_t i = 0; i < runs.count; ++i) {
+    const Runs::Run& run = runs.run[i];
+    const Tile tile = {chunk.tile.data + run.tile, chunk.tile.k_pitch, chunk.tile.vector_pitch};
+    accumulate(acc, in + run.in, line.in_pitch, 1, tile, run.depth);
+  }
   store_block(out, acc, line.out_pitch, chunk.columns.lanes);
 }
 
 template <size_t NV, size_t P = kBlockRows<NV>>
-void conv_line(const Conv2d& conv, const Chunk& chunk, const Line& line, size_t pixel = 0) {
+void conv_pixels(const Chunk& chunk, const Line& line, const Runs& runs, size_t pixel = 0) {
   for (; pixel + P <= line.count; pixel += P) {
-    conv_block<P, NV>(conv, chunk, line, pixel);
+    conv_block<P, NV>(chunk, line, runs, pixel);
   }
   if constexpr (P > 1) {
-    conv_line<NV, P / 2>(conv, chunk, line, pixel);
+    conv_pixels<NV, P / 2>(chunk, line, runs, pixel);
   }
+}
+
+template <size_t NV>
+void conv_line(const Conv2d& conv, const Chunk& chunk, const Line& line) {
+  conv_pixels<NV>(chunk, line, runs_of(conv, chunk, line.rows, line.columns));
 }
 
 // All pixels over one chunk: complete windows row by row, then the cut ones left and right, which
@@ -104,21 +185,23 @@ inline void pack_weights(float* tile, const Conv2d& conv, const Columns& columns
   }
 }
 
-// How much of the depth from `first` on makes a chunk: whole tap rows, or an equal part of one, so
-// that a window is few runs.
-inline size_t chunk_depth(const Conv2d& conv, size_t first) {
+// How much of the depth makes the chunk from `first` on: so many whole runs, or an equal part of
+// one.
+inline size_t chunk_depth(const Conv2d& conv, bool row_runs, size_t first) {
   const size_t row = size_t{conv.x.taps} * conv.in_channels;
-  const size_t total = row * conv.y.taps;
-  if (row <= kTileDepth) {
-    const size_t rows = row == 0 ? 0 : kTileDepth / row * row;
-    return std::min(rows, total - first);
+  const size_t run = row_runs ? row : conv.in_channels;
+  const size_t left = row * conv.y.taps - first;
+  if (run <= kTileDepth) {
+    const size_t runs = run == 0 ? 0 : std::min(kTileDepth / run, kMostRuns);
+    return std::min(runs * run, left);
   }
-  const size_t parts = (row + kTileDepth - 1) / kTileDepth;
-  return std::min((row + parts - 1) / parts, row - first % row);
+  const size_t parts = (run + kTileDepth - 1) / kTileDepth;
+  return std::min((run + parts - 1) / parts, run - first % run);
 }
 
 inline void conv2d(const Conv2d& conv) {
   alignas(64) TileBuffer buffer;
+  const bool row_runs = rows_are_runs(conv, !kPacks);
   const size_t total = size_t{conv.y.taps} * conv.x.taps * conv.in_channels;
   for (size_t channel = 0; channel < conv.out_channels;) {
     const Columns columns = columns_from(channel, conv.out_channels);
@@ -126,12 +209,12 @@ inline void conv2d(const Conv2d& conv) {
     if (conv.bias != nullptr) {
       std::copy_n(conv.bias + columns.first, (columns.vectors - 1) * kLanes + columns.lanes, bias);
     }
-    Chunk chunk = {0, 0, columns, {buffer, columns.vectors * kLanes, kLanes}, bias};
+    Chunk chunk = {0, 0, row_runs, columns, {buffer, columns.vectors * kLanes, kLanes}, bias};
     if (!kPacks) {
       chunk.tile = {conv.weights + columns.first * conv.weights_pitch, 1, conv.weights_pitch};
     }
     do {
-      chunk.depth = chunk_depth(conv, chunk.first);
+      chunk.depth = chunk_depth(conv, row_runs, chunk.first);
       if (kPacks) {
         pack_weights(buffer, conv, columns, chunk.first, chunk.depth);
       }
@@ -192,9 +275,46 @@ void depthwise_line(const Conv2d& conv, const Columns& columns, const Line& line
   }
 }
 
+// A line of windows with 3 x 3 taps inside the map: the weights stay in registers.
+inline void depthwise_line_3x3(const Conv2d& conv, size_t channel, const Line& line) {
+  const float* weights = conv.weights + static_cast<ptrdiff_t>(line.rows.tap) * conv.y.tap_pitch +
+                         static_cast<ptrdiff_t>(line.columns.tap) * conv.x.tap_pitch + channel;
+  Vec w[3][3];
+  NNLIB_UNROLL
+  for (ptrdiff_t row = 0; row < 3; ++row) {
+    NNLIB_UNROLL
+    for (ptrdiff_t column = 0; column < 3; ++column) {
+      w[row][column] = load(weights + row * conv.y.tap_pitch + column * conv.x.tap_pitch);
+    }
+  }
+  const Vec bias = conv.bias != nullptr ? load(conv.bias + channel) : Vec{};
+  const size_t row_pitch = conv.y.dilation * conv.y.in_pitch;
+  const size_t column_pitch = conv.x.dilation * conv.x.in_pitch;
+  const float* in =
+      conv.in + line.rows.begin * conv.y.in_pitch + line.columns.begin * conv.x.in_pitch + channel;
+  float* out = line.out + channel;
+  for (uint32_t pixel = 0; pixel < line.count; ++pixel) {
+    Vec acc = bias;
+    NNLIB_UNROLL
+    for (size_t row = 0; row < 3; ++row) {
+      NNLIB_UNROLL
+      for (size_t column = 0; column < 3; ++column) {
+        acc += load(in + row * row_pitch + column * column_pitch) * w[row][column];
+      }
+    }
+    store(out, acc);
+    in += line.in_pitch;
+    out += line.out_pitch;
+  }
+}
+
 inline void depthwise_channels(const Conv2d& conv, const Columns& columns, const Line& line) {
   if (columns.lanes < kLanes) {
     depthwise_line<true, 1>(conv, columns, line);
+  } else if (line.rows.count == 3 && line.columns.count == 3) {
+    for (size_t v = 0; v < columns.vectors; ++v) {
+      depthwise_line_3x3(conv, columns.first + v * kLanes, line);
+    }
   } else if (columns.vectors == 4) {
     depthwise_line<false, 4>(conv, columns, line);
   } else if (columns.vectors == 2) {
@@ -204,18 +324,22 @@ inline void depthwise_channels(const Conv2d& conv, const Columns& columns, const
   }
 }
 
-// Row by row, so that the rows of the input stay in the first-level cache for all channels.
+// Some pixels of a row at a time, so that their input stays in the first-level cache for all
+// channels.
 inline void depthwise_conv2d(const Conv2d& conv) {
+  constexpr uint32_t kFloats = 2048;
+  const uint32_t pixels = std::max<uint32_t>(kFloats / std::max<uint32_t>(conv.out_channels, 1), 8);
   const Span inner = complete_windows(conv.x);
   for (uint32_t y = 0; y < conv.y.out; ++y) {
-    for (size_t channel = 0; channel < conv.out_channels;) {
-      const Columns columns = columns_from(channel, conv.out_channels, 4);
-      for (uint32_t x = 0; x < conv.x.out;) {
-        const uint32_t count = x == inner.begin && x < inner.end ? inner.end - x : 1;
-        depthwise_channels(conv, columns, line_along_x(conv, x, y, count));
-        x += count;
+    for (uint32_t x = 0; x < conv.x.out;) {
+      const bool complete = x >= inner.begin && x < inner.end;
+      const Line line = line_along_x(conv, x, y, complete ? std::min(inner.end - x, pixels) : 1);
+      for (size_t channel = 0; channel < conv.out_channels;) {
+        const Columns columns = columns_from(channel, conv.out_channels, 4);
+        depthwise_channels(conv, columns, line);
+        channel = columns.next;
       }
-      channel = columns.next;
+      x += line.count;
     }
   }
 }

@@ -29,11 +29,7 @@ void product_f32(float* out, size_t out_pitch, const Rows& a, const Rows& b, siz
 }
 
 void transpose_f32(float* out, const float* in, size_t rows, size_t columns) {
-  for (size_t row = 0; row < rows; ++row) {
-    for (size_t column = 0; column < columns; ++column) {
-      out[column * rows + row] = in[row * columns + column];
-    }
-  }
+  NNLIB_VECTOR(transpose)(out, in, rows, columns);
 }
 
 }  // namespace nnlib

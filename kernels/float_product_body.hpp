@@ -134,7 +134,7 @@ inline void row_columns_scalar(const Product& p) {
 
 // A vector times a matrix.
 inline void product_row(const Product& p) {
-  constexpr size_t kVectors = 4;
+  constexpr size_t kVectors = 8;
   constexpr size_t kStep = kLanes;
   if (p.columns < kStep) {
     row_columns_scalar(p);
@@ -158,5 +158,37 @@ inline void product(const Product& p) {
     product_row(p);
   } else {
     product_tiles(p);
+  }
+}
+
+// Blocks of kLanes rows and four columns in registers.
+inline void transpose(float* out, const float* in, size_t rows, size_t columns) {
+  size_t row = 0;
+#if NNLIB_LANES > 1
+  for (; row + kLanes <= rows; row += kLanes) {
+    size_t column = 0;
+    for (; column + 4 <= columns; column += 4) {
+      Vec quads[4];
+      NNLIB_UNROLL
+      for (size_t i = 0; i < 4; ++i) {
+        quads[i] = load_quads(in + row * columns + column, columns, i);
+      }
+      transpose_quads(quads);
+      NNLIB_UNROLL
+      for (size_t i = 0; i < 4; ++i) {
+        store(out + (column + i) * rows + row, quads[i]);
+      }
+    }
+    for (; column < columns; ++column) {
+      for (size_t lane = 0; lane < kLanes; ++lane) {
+        out[column * rows + row + lane] = in[(row + lane) * columns + column];
+      }
+    }
+  }
+#endif
+  for (; row < rows; ++row) {
+    for (size_t column = 0; column < columns; ++column) {
+      out[column * rows + row] = in[row * columns + column];
+    }
   }
 }

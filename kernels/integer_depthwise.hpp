@@ -7,9 +7,10 @@
 
 namespace nnlib {
 
-// The order of adapted weights: channels in blocks of four, within a block the taps in pairs, of
-// each pair the two values of channel 0, those of channel 1, 2 and 3. An odd last tap is four
-// values. Of the 0 to 3 remaining channels, all taps of one follow those of the other.
+// The order of adapted weights in memory, with any byte order: channels in blocks of four, within a
+// block the taps in pairs, of each pair the two values of channel 0, those of channel 1, 2 and 3.
+// An odd last tap is four values. Of the 0 to 3 remaining channels, all taps of one follow those of
+// the other.
 struct AdaptedWeights {
   uint32_t channels;
   uint32_t taps;

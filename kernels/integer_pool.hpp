@@ -6,49 +6,111 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 
 #include "kernels/pool_geometry.hpp"
+#include "kernels/vector.hpp"
 
 namespace nnlib {
 
+// The cells of type T of a window fold to a Narrow<T> where they are at most kNarrowCells, to a
+// Wide<T> where they are more.
+inline constexpr uint64_t kNarrowCells = 65535;
+
 struct IntegerMax {
-  static constexpr int32_t start = std::numeric_limits<int32_t>::min();
-  static constexpr int32_t fold(int32_t folded, int32_t cell) { return std::max(folded, cell); }
+  template <class T>
+  using Narrow = T;
+  template <class T>
+  using Wide = T;
+  template <class T>
+  static constexpr T start = std::numeric_limits<T>::min();
+
+  template <class T>
+  static constexpr T fold(T folded, T cell) {
+    return folded < cell ? cell : folded;
+  }
 };
 
-// Of at most 65535 cells.
 struct IntegerSum {
-  static constexpr int32_t start = 0;
-  static constexpr int32_t fold(int32_t folded, int32_t cell) { return folded + cell; }
+  template <class T>
+  using Narrow = int32_t;
+  template <class T>
+  using Wide = int64_t;
+  template <class Sum>
+  static constexpr Sum start = 0;
+
+  template <class Sum, class T>
+  static constexpr Sum fold(Sum sum, T cell) {
+    return sum + cell;
+  }
+  // Toward zero.
+  template <class T, class Sum>
+  static constexpr T divide(Sum sum, Sum cells) {
+#if NNLIB_VECTOR_LANES > 1
+    // There is no vector division of integers. Below 2^24 a float holds both, and a quotient
+    // below 2^8 is 1 / cells, more than its rounding, away from the next whole number.
+    if constexpr (sizeof(T) == 1 && sizeof(Sum) == 4) {
+      return static_cast<T>(
+          static_cast<int32_t>(static_cast<float>(sum) / static_cast<float>(cells)));
+    }
+#endif
+    return static_cast<T>(sum / cells);
+  }
 };
 
-// Each output is finish(folded, count) of its window's cells inside the map, count of them; folded
-// is Fold::start for a window outside the map. finish gives the element.
+// One output pixel from a window that is not empty.
+template <class Fold, class Folded, class T, class Finish>
+void pool_window(const PoolGeometry& g, const Window& rows, const Window& columns, const T* in,
+                 T* out, Finish finish) {
+  constexpr uint32_t kLanes = 64;
+  const uint32_t channels = g.channels;
+  const size_t row_pitch = size_t{g.in_width} * channels;
+  const int64_t count = int64_t{rows.count} * columns.count;
+  in += rows.begin * row_pitch + size_t{columns.begin} * channels;
+  const auto pool_lanes = [&](uint32_t first, auto lanes) {
+    Folded folded[kLanes];
+    T finished[kLanes];  // not `out` itself, which the compiler must think part of anything
+    std::fill_n(folded, uint32_t{lanes}, Fold::template start<Folded>);
+    const T* row = in + first;
+    for (uint32_t m = 0; m < rows.count; ++m, row += row_pitch) {
+      const T* cell = row;
+      for (uint32_t n = 0; n < columns.count; ++n, cell += channels) {
+        for (uint32_t i = 0; i < lanes; ++i) {
+          folded[i] = Fold::fold(folded[i], cell[i]);
+        }
+      }
+    }
+    for (uint32_t i = 0; i < lanes; ++i) {
+      finished[i] = finish(folded[i], count);
+    }
+    std::copy_n(finished, uint32_t{lanes}, out + first);
+  };
+  uint32_t channel = 0;
+  for (; channel + kLanes <= channels; channel += kLanes) {
+    pool_lanes(channel, std::integral_constant<uint32_t, kLanes>{});
+  }
+  if (channel < channels) {
+    pool_lanes(channel, channels - channel);
+  }
+}
+
+// Each output is finish(folded, count) of its window's cells inside the map, count of them, or
+// `outside` where there are none. finish gives the element.
 template <class Fold, class T, class Finish>
-void integer_pool(const PoolGeometry& g, const T* in, T* out, Finish finish) {
-  constexpr uint32_t kLanes = 32;
-  const size_t row_pitch = size_t{g.in_width} * g.channels;
+void integer_pool(const PoolGeometry& g, const T* in, T* out, T outside, Finish finish) {
+  using Narrow = typename Fold::template Narrow<T>;
+  using Wide = typename Fold::template Wide<T>;
   for (uint32_t y = 0; y < g.out_height; ++y) {
     const Window rows = g.rows(y);
-    for (uint32_t x = 0; x < g.out_width; ++x) {
+    for (uint32_t x = 0; x < g.out_width; ++x, out += g.channels) {
       const Window columns = g.columns(x);
-      for (uint32_t c = 0; c < g.channels; c += kLanes) {
-        const uint32_t lanes = std::min(kLanes, g.channels - c);
-        int32_t folded[kLanes];
-        std::fill_n(folded, kLanes, Fold::start);
-        for (uint32_t m = 0; m < rows.count; ++m) {
-          const T* cell =
-              in + (rows.begin + m) * row_pitch + size_t{columns.begin} * g.channels + c;
-          for (uint32_t n = 0; n < columns.count; ++n, cell += g.channels) {
-            for (uint32_t i = 0; i < lanes; ++i) {
-              folded[i] = Fold::fold(folded[i], cell[i]);
-            }
-          }
-        }
-        const uint32_t count = rows.count * columns.count;
-        for (uint32_t i = 0; i < lanes; ++i) {
-          *out++ = finish(folded[i], count);
-        }
+      if (rows.empty() || columns.empty()) {
+        std::fill_n(out, g.channels, outside);
+      } else if (std::is_same_v<Narrow, Wide> ||
+                 uint64_t{rows.count} * columns.count <= kNarrowCells) {
+        pool_window<Fold, Narrow>(g, rows, columns, in, out, finish);
+      } else {
+        pool_window<Fold, Wide>(g, rows, columns, in, out, finish);
       }
     }
   }

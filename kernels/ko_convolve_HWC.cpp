@@ -14,12 +14,12 @@ int32_t correct_biases(const Weight* weights, uint32_t length, uint32_t out_chan
                        const int32_t* bias, int32_t in_zeropoint, void* scratch) {
   int32_t* corrected = corrected_biases(scratch, length);
   for (uint32_t channel = 0; channel < out_channels; ++channel, weights += length) {
-    int32_t sum = 0;
+    uint32_t sum = 0;
     for (uint32_t k = 0; k < length; ++k) {
-      sum += weights[k];
+      sum += static_cast<uint32_t>(weights[k]);
     }
-    corrected[channel] =
-        wrapping_add(bias != nullptr ? bias[channel] : 0, wrapping_multiply(-in_zeropoint, sum));
+    corrected[channel] = wrapping_add(bias != nullptr ? bias[channel] : 0,
+                                      wrapping_multiply(-in_zeropoint, static_cast<int32_t>(sum)));
   }
   return 0;
 }

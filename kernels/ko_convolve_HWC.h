@@ -43,7 +43,8 @@ KO_FORMS(KO_DECLARE_BASIC_)
 KO_FORMS(KO_DECLARE_RGB_)
 #undef KO_DECLARE_RGB_
 
-/* A kernel of one position, no padding, strides of 1; needs no corrected biases. */
+/* A kernel of one position, no padding, strides of 1; needs no corrected biases, but scratch
+ * of the whole size. */
 #define KO_DECLARE_1X1_(types, suffix)                                                \
   int32_t ko_##types##_convolve_1x1_HWC_fast_nonsquare##suffix(KO_CONVOLUTION(types), \
                                                                void* scratch);

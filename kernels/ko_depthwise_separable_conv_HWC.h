@@ -13,7 +13,7 @@ uint32_t ko_depthwise_separable_conv_HWC_scratch_size(uint16_t channels, uint16_
                                                       uint16_t kernel_height);
 
 /* Writes the weights, [kernel_height][kernel_width][channels], less their zero point as 16-bit
- * values to scratch[(channels * K + 1) / 2] on, K = kernel_width * kernel_height. The order:
+ * values to scratch[(channels * K + 1) / 2] on, K = kernel_width * kernel_height. In memory:
  * channels in blocks of four; in a block kernel positions in pairs; of a pair the two values of
  * the block's first channel, then those of the second, third and fourth; of an odd last position
  * the four channels' values. All values of each of the 0 to 3 remaining channels follow. */

@@ -12,7 +12,7 @@ extern "C" {
 void ko_fxp_relu_q7(q7_t* data, uint32_t count);
 void ko_fxp_relu_q15(q15_t* data, uint32_t count);
 
-/* Tanh (type 1) or sigmoid (type 0) of numbers with int_width integer bits, from the tables of
+/* Tanh (type not 0) or sigmoid (type 0) of numbers with int_width integer bits, from the tables of
  * arm_nntables.h; the result has 7 or 15 fractional bits.
  *
  * int_width is 0 to 3; more counts as 3.

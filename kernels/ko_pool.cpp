@@ -7,13 +7,24 @@ namespace nnlib {
 namespace {
 
 struct Maximum : IntegerMax {
-  static int32_t exact(int32_t maximum, int32_t /*count*/) { return maximum; }
-  static float real(int32_t maximum, int32_t /*count*/) { return static_cast<float>(maximum); }
+  template <class T>
+  static T exact(T maximum, int64_t /*count*/) {
+    return maximum;
+  }
+  template <class T>
+  static float real(T maximum, int64_t /*count*/) {
+    return static_cast<float>(maximum);
+  }
 };
 
 struct Average : IntegerSum {
-  static int32_t exact(int32_t sum, int32_t count) { return (sum + count / 2) / count; }
-  static float real(int32_t sum, int32_t count) {
+  template <class T, class Sum>
+  static T exact(Sum sum, int64_t count) {
+    const Sum cells = static_cast<Sum>(count);
+    return divide<T>(sum + cells / 2, cells);
+  }
+  template <class T, class Sum>
+  static float real(Sum sum, int64_t count) {
     return static_cast<float>(sum) / static_cast<float>(count);
   }
 };
@@ -29,20 +40,17 @@ struct PoolQuantization {
 template <class Pooling, class T>
 int32_t pool(const PoolGeometry& g, const T* in, T* out, const PoolQuantization<T>& q) {
   if (q.in_scale == q.out_scale && q.in_zeropoint == q.out_zeropoint) {
-    integer_pool<Pooling>(g, in, out, [&q](int32_t folded, uint32_t count) {
-      return count == 0 ? q.out_zeropoint
-                        : saturate<T>(Pooling::exact(folded, static_cast<int32_t>(count)));
+    integer_pool<Pooling>(g, in, out, q.out_zeropoint, [](auto folded, int64_t count) {
+      return Pooling::template exact<T>(folded, count);
     });
     return 0;
   }
   const float ratio = q.in_scale / q.out_scale;
-  integer_pool<Pooling>(g, in, out, [&q, ratio](int32_t folded, uint32_t count) {
-    if (count == 0) {
-      return q.out_zeropoint;
-    }
-    const float m = Pooling::real(folded, static_cast<int32_t>(count));
-    return round_quantized<T>((m - static_cast<float>(q.in_zeropoint)) * ratio +
-                              static_cast<float>(q.out_zeropoint));
+  const float in_zeropoint = q.in_zeropoint;
+  const float out_zeropoint = q.out_zeropoint;
+  integer_pool<Pooling>(g, in, out, q.out_zeropoint, [=](auto folded, int64_t count) {
+    const float m = Pooling::template real<T>(folded, count);
+    return round_quantized<T>((m - in_zeropoint) * ratio + out_zeropoint);
   });
   return 0;
 }

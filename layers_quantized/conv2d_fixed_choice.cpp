@@ -30,7 +30,7 @@ struct Choice {
 
 constexpr Choice kQ7Choices[] = {
     {FixedConvKernel::kUnsupported,
-     [](const Shape& s, bool) { return s.groups != 1 && !depthwise(s); }},
+     [](const Shape& s, bool) { return s.groups == 0 || (s.groups != 1 && !depthwise(s)); }},
     {FixedConvKernel::kUnsupported,
      [](const Shape& s, bool) {
        return depthwise(s) && s.geometry.out_channels % s.geometry.in_channels != 0;

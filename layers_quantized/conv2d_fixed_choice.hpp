@@ -19,7 +19,7 @@ enum class FixedConvKernel {
 };
 
 struct FixedConvShape {
-  uint32_t bits;  // of input, weights and output
+  uint32_t bits;  // of input, weights, bias and output; 0 when they differ
   uint32_t groups;
   ConvGeometry geometry;
 };

@@ -16,7 +16,7 @@ struct Choice {
 // In order: the first that fits.
 constexpr Choice kChoices[] = {
     {[](const ConvGeometry& g, uint32_t groups, bool) {
-       return groups != 1 && groups != g.in_channels;
+       return groups == 0 || (groups != 1 && groups != g.in_channels);
      },
      IntegerConvShape::kUnsupported},
     {[](const ConvGeometry& g, uint32_t groups, bool) {

@@ -98,11 +98,18 @@ RequantizationPairs requantization_pairs(IntegerForm form, const ai_tensor& inpu
                              pairs_scratch());
 }
 
-// The weights' zero points as the kernels take them.
-inline const void* weight_zeropoints(const ai_tensor& weights) {
+// The weights' zero points as the kernels take them. A record without them means zero points of 0
+// only where one serves all channels; uint8 weights of several scales must have them, or it faults.
+inline const void* weight_zeropoints(IntegerForm form, const ai_tensor& weights) {
   static constexpr uint8_t kNone = 0;
   const ai_intq_info* info = ai_tensor_intq(&weights);
-  return info != nullptr && info->zeropoint != nullptr ? info->zeropoint : &kNone;
+  if (info != nullptr && info->zeropoint != nullptr) {
+    return info->zeropoint;
+  }
+  if (form == IntegerForm::kUint8Channels) {
+    core_fault();
+  }
+  return &kNone;
 }
 
 }  // namespace nnlib

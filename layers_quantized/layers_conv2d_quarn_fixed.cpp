@@ -87,7 +87,12 @@ arm_status run(const FixedConvolution& c) {
 }
 
 FixedConvShape shape_of(const ai_layer_conv2d& layer, const ConvGeometry& geometry) {
-  return {ai_fmt_get_bits(ai_tensor_format(&layer_input(layer.base))), layer.groups, geometry};
+  const auto bits = [](const ai_tensor& t) { return ai_fmt_get_bits(ai_tensor_format(&t)); };
+  const ai_tensor* bias = optional_tensor(layer.base, AI_CHAIN_WEIGHTS, 1);
+  const uint32_t in = bits(layer_input(layer.base));
+  const bool same = bits(layer_weights(layer.base)) == in && bits(layer_output(layer.base)) == in &&
+                    (bias == nullptr || bits(*bias) == in);
+  return {same ? in : 0, layer.groups, geometry};
 }
 
 // scratch_index is where the kernel finds its column buffer, if it needs one.

@@ -14,7 +14,8 @@
  * sum.
  *
  * Q15 needs one group and as much height as width in everything: maps, kernel, strides, paddings.
- * Any other Q15 layer, and groups that are neither 1 nor C_in, hang. */
+ * Any other Q15 layer, widths that differ, groups that are 0 or neither 1 nor C_in, and C_out that
+ * is no multiple of those groups hang (core_hang). */
 #ifndef NNLIB_LAYERS_QUANTIZED_LAYERS_CONV2D_QUARN_FIXED_H
 #define NNLIB_LAYERS_QUANTIZED_LAYERS_CONV2D_QUARN_FIXED_H
 

@@ -46,7 +46,7 @@ class PreparedConvolution {
                   pairs_.multiplier(),
                   pairs_.shift(),
                   ai_tensor_zeropoint(&input, 0),
-                  weight_zeropoints(weights),
+                  weight_zeropoints(form_of(layer), weights),
                   ai_tensor_zeropoint(&layer_output(layer.base), 0),
                   nullptr,
                   scratch_};

@@ -10,11 +10,12 @@
  * Types, by the signs of the formats of input and weights: both uint8; uint8 input with int8
  * weights; both int8. The output has the type of the input; int8 weights have the zero point 0.
  * The scales and zero points are entry 0 of the tensors' records, but the weights may have one
- * entry for each output channel. Every output is the sum in 32 bits, requantized (see
+ * entry for each output channel; uint8 weights then must have their zero points, else the function
+ * faults. Every output is the sum in 32 bits, requantized (see
  * kernels/ko_requantize.h) with in scale * weight scale / out scale.
  *
- * Any other groups or types: the function hangs in an endless loop (core_hang), the sign of a
- * mis-described network. */
+ * Any other groups, 0 too, or types: the function hangs in an endless loop (core_hang), the sign of
+ * a mis-described network. */
 #ifndef NNLIB_LAYERS_QUANTIZED_LAYERS_CONV2D_QUARN_INTEGER_H
 #define NNLIB_LAYERS_QUANTIZED_LAYERS_CONV2D_QUARN_INTEGER_H
 
@@ -31,8 +32,9 @@ extern "C" {
  * nl_params. */
 void forward_conv2d_integer(ai_layer* layer); /* an ai_layer_conv2d */
 
-/* Convolution, nl_func and pooling, the same bytes as the three in sequence give, without the whole
- * convolved map, which has the format and the quantization of output 0, the pooled map.
+/* Convolution, nl_func and pooling, the same bytes as the three in sequence give but for pooling
+ * windows outside the map, without the whole convolved map, which has the format and the
+ * quantization of output 0, the pooled map.
  *
  * Scratch 0 (1, C_out, W_conv, rows) holds convolved rows, W_conv the width of the convolved map,
  * at least as many as a pooling window is high; more rows mean fewer moves. Scratch 1 is what

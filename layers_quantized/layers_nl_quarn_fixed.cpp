@@ -77,6 +77,9 @@ void nl_func_relu_array_fixed(ai_array* out, const ai_array* in, ai_size size,
 
 void nl_func_relu_max_array_fixed(ai_array* out, const ai_array* in, ai_size size,
                                   const void* params) {
+  if (params == nullptr) {
+    core_fault();
+  }
   nnlib::apply(*out, *in, size, [size, params]<class T>(T* data) {
     nnlib::relu(data, size);
     const T maximum = *static_cast<const T*>(params);

@@ -18,7 +18,8 @@ void nl_func_relu_array_fixed(ai_array* out, const ai_array* in, ai_size size, c
 void forward_relu_fixed(ai_layer* layer);
 
 /* min(max(x, 0), maximum); params points to the maximum, one number of the width and the fractional
- * bits of the input. The layer takes it from the start of its parameter array. */
+ * bits of the input; without it the function faults. The layer takes it from the start of its
+ * parameter array. */
 void nl_func_relu_max_array_fixed(ai_array* out, const ai_array* in, ai_size size,
                                   const void* params);
 void forward_relu_max_fixed(ai_layer* layer);

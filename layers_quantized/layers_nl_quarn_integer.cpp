@@ -10,6 +10,9 @@ namespace {
 // T for int8 or uint8 elements, as the format says.
 template <template <class> class Function>
 void apply(ai_array* out, const ai_array* in, ai_size size, const void* params) {
+  if (params == nullptr) {
+    core_fault();
+  }
   if (ai_fmt_is_signed(in->format)) {
     Function<int8_t>::apply(static_cast<int8_t*>(out->data), static_cast<const int8_t*>(in->data),
                             size, static_cast<const int8_t*>(params));
@@ -48,8 +51,9 @@ struct Table {
 
 void forward(ai_layer* layer, ai_nl_func function) {
   const ai_tensor& input = nnlib::layer_input(*layer);
+  const ai_array* params = nnlib::layer_record<ai_layer_nl>(layer).nl_params;
   function(nnlib::layer_output(*layer).data, input.data, ai_shape_elements(&input.shape),
-           nnlib::layer_record<ai_layer_nl>(layer).nl_params->data);
+           params != nullptr ? params->data : nullptr);
 }
 
 }  // namespace

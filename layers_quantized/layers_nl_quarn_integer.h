@@ -2,7 +2,7 @@
  *
  * The sign of the input array's format tells uint8 from int8 elements. The output may be the input.
  * A layer takes its parameter bytes from nl_params and applies its function to as many elements as
- * the shape of its input tensor has. */
+ * the shape of its input tensor has. Without parameters a function faults. */
 #ifndef NNLIB_LAYERS_QUANTIZED_LAYERS_NL_QUARN_INTEGER_H
 #define NNLIB_LAYERS_QUANTIZED_LAYERS_NL_QUARN_INTEGER_H
 

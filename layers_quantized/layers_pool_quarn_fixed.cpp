@@ -1,29 +1,37 @@
 #include "layers_quantized/layers_pool_quarn_fixed.h"
 
 #include "kernels/integer_pool.hpp"
-#include "kernels/saturate.hpp"
 #include "layers/layer_tensors.hpp"
 
 namespace nnlib {
 namespace {
 
 struct MaxPooling : IntegerMax {
-  static int32_t finish(int32_t folded, uint32_t /*count*/) { return folded; }
+  template <class T>
+  static constexpr T outside = std::numeric_limits<T>::min();
+  template <class T>
+  static T finish(T folded, int64_t /*count*/) {
+    return folded;
+  }
 };
 
 struct MeanPooling : IntegerSum {
-  static int32_t finish(int32_t sum, uint32_t count) {
-    const int32_t cells = static_cast<int32_t>(std::max(count, uint32_t{1}));
-    const int32_t half = cells / 2;
-    return (sum + (sum < 0 ? -half : half)) / cells;
+  template <class T>
+  static constexpr T outside = 0;
+  template <class T, class Sum>
+  static T finish(Sum sum, int64_t count) {
+    const Sum cells = static_cast<Sum>(count);
+    const Sum half = cells / 2;
+    return divide<T>(sum + (sum < 0 ? -half : half), cells);
   }
 };
 
 template <class Pooling, class T>
 void pool_elements(const PoolGeometry& geometry, const ai_array& in, const ai_array& out) {
-  integer_pool<Pooling>(
-      geometry, static_cast<const T*>(in.data), static_cast<T*>(out.data),
-      [](int32_t folded, uint32_t count) { return saturate<T>(Pooling::finish(folded, count)); });
+  integer_pool<Pooling>(geometry, static_cast<const T*>(in.data), static_cast<T*>(out.data),
+                        Pooling::template outside<T>, [](auto folded, int64_t count) {
+                          return Pooling::template finish<T>(folded, count);
+                        });
 }
 
 template <class Pooling>

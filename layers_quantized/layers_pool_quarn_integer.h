@@ -16,7 +16,8 @@ extern "C" {
 void forward_mp_integer(ai_layer* layer); /* both: an ai_layer_pool */
 void forward_ap_integer(ai_layer* layer);
 
-/* As fused layers call them: input and output have the same scale and zero point. */
+/* As fused layers call them: input and output have the same scale and zero point. They are not told
+ * the zero point: a window without cells gives 0. */
 void pool_func_mp_array_integer(ai_array* in, uint16_t in_w, uint16_t in_h, uint16_t channels,
                                 uint16_t pool_w, uint16_t pool_h, uint16_t pad_x, uint16_t pad_y,
                                 uint16_t stride_x, uint16_t stride_y, uint16_t out_w,

@@ -73,7 +73,7 @@ void dense(const ai_layer& layer) {
       static_cast<uint16_t>(out.channels),
       pairs,
       ai_tensor_zeropoint(&input, 0),
-      static_cast<const uint8_t*>(weight_zeropoints(weights)),
+      static_cast<const uint8_t*>(weight_zeropoints(form, weights)),
       ai_tensor_zeropoint(&output, 0),
       static_cast<const int32_t*>(ai_tensor_data(optional_tensor(layer, AI_CHAIN_WEIGHTS, 1))),
       tensor_data<uint8_t>(output),

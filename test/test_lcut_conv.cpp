@@ -104,10 +104,10 @@ using Output = output_tensor<float, Dims.n, Dims.c, Dims.w, Dims.h>;
   INPUT_AND_BIAS(stem, in);      \
   static constinit nnlib::tensor stem##_weights(kernel, stem##_weight_data)
 // Weights that are indices, and scratch for the expanded ones.
-#define INDEX_INPUTS(stem, bits, in, kernel)                                               \
-  INPUT_AND_BIAS(stem, in);                                                                \
-  static constinit nnlib::tensor stem##_weights(AI_ARRAY_FORMAT_LUT##bits##_FLOAT, kernel, \
-                                                stem##_weight_data, stem##_table);         \
+#define INDEX_INPUTS(stem, bits, in, kernel)                                                \
+  INPUT_AND_BIAS(stem, in);                                                                 \
+  static constinit nnlib::tensor stem##_weights(AI_ARRAY_FORMAT_LUT##bits##_FLOAT, kernel,  \
+                                                stem##_weight_data, stem##_table, nullptr); \
   static constinit Output<kernel> stem##_expanded
 
 // The chain and the layer over inputs declared before; the convolution's options follow.

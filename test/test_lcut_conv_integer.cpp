@@ -199,7 +199,7 @@ CASE(tc_conv_dw_conformance_uint8) {
                     .depthwise = true);
 }
 CASE(tc_conv_dw_group_conformance_uint8) {
-  CHECK_CONVOLUTION(conv_dw_group, uint8, .in = {5, 5, 4}, .kernel = {3, 3}, .out = {5, 3, 4},
+  CHECK_CONVOLUTION(conv_dw_group, uint8, .in = {9, 5, 4}, .kernel = {3, 3}, .out = {9, 3, 4},
                     .stride = {2, 1}, .pad = {1, 1}, .depthwise = true);
 }
 CASE(tc_conv_dw_conformance_int8sym) {

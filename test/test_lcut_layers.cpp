@@ -37,9 +37,9 @@ void check_dense(lcut_case* tc, ai_tensor& weights, ai_tensor* bias,
 
 // Weights as indices and their table; with 4 bits, half a byte is left over in each row of nine.
 constinit nnlib::tensor dense_dict8_weights(AI_ARRAY_FORMAT_LUT8_FLOAT, {9, 5, 1, 1},
-                                            dense_dict8_weight_data, dense_dict8_table);
+                                            dense_dict8_weight_data, dense_dict8_table, nullptr);
 constinit nnlib::tensor dense_dict4_weights(AI_ARRAY_FORMAT_LUT4_FLOAT, {9, 5, 1, 1},
-                                            dense_dict4_weight_data, dense_dict4_table);
+                                            dense_dict4_weight_data, dense_dict4_table, nullptr);
 constinit nnlib::tensor dense_bias({1, 5, 1, 1}, dense_bias_data);
 
 }  // namespace

@@ -81,7 +81,8 @@ CASE(tc_static_array_float) {
   check_static_array<float>(tc, AI_ARRAY_FORMAT_FLOAT, 12, 0x01000001);
   // A view that starts past its buffer, and its clone.
   static constinit float buffer[8] = {};
-  static constinit nnlib::tensor view(AI_ARRAY_FORMAT_FLOAT, {1, 3, 1, 1}, buffer + 5, buffer);
+  static constinit nnlib::tensor view(AI_ARRAY_FORMAT_FLOAT, {1, 3, 1, 1}, buffer + 5, buffer,
+                                      nullptr);
   ai_array clone = {};
   core_array_clone(&clone, &view.array);
   LCUT_TRUE(tc, clone.data == buffer + 5 && clone.data_start == buffer && clone.size == 3);

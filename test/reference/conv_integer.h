@@ -853,46 +853,68 @@ inline constexpr uint8_t conv_dw_group_in_data_uint8[] = {
     195u, 187u, 75u, 151u, 248u, 113u, 49u, 230u,
     140u, 239u, 114u, 137u, 108u, 98u, 193u, 131u,
     53u, 233u, 221u, 79u, 251u, 181u, 94u, 24u,
-    88u, 244u, 214u, 25u,
+    88u, 244u, 214u, 25u, 71u, 40u, 235u, 153u,
+    233u, 83u, 65u, 241u, 255u, 54u, 201u, 151u,
+    180u, 119u, 121u, 20u, 84u, 24u, 93u, 183u,
+    3u, 40u, 157u, 66u, 203u, 174u, 66u, 49u,
+    220u, 191u, 236u, 57u, 107u, 125u, 235u, 180u,
+    99u, 154u, 125u, 79u, 35u, 64u, 151u, 104u,
+    4u, 248u, 166u, 208u, 128u, 133u, 131u, 158u,
+    21u, 198u, 237u, 70u, 147u, 214u, 24u, 135u,
+    135u, 37u, 250u, 250u, 0u, 96u, 94u, 127u,
+    233u, 196u, 157u, 193u, 65u, 77u, 251u, 197u,
+    65u, 230u, 180u, 203u,
 };
 inline constexpr uint8_t conv_dw_group_weight_data_uint8[] = {
-    71u, 40u, 235u, 153u, 233u, 83u, 65u, 241u,
-    255u, 54u, 201u, 151u, 180u, 119u, 121u, 20u,
-    84u, 24u, 93u, 183u, 3u, 40u, 157u, 66u,
-    203u, 174u, 66u, 49u, 220u, 191u, 236u, 57u,
-    107u, 125u, 235u, 180u, 99u, 154u, 125u, 79u,
-    35u, 64u, 151u, 104u, 4u,
+    104u, 170u, 238u, 12u, 232u, 79u, 249u, 77u,
+    178u, 71u, 212u, 114u, 182u, 95u, 236u, 183u,
+    55u, 20u, 138u, 192u, 196u, 248u, 143u, 146u,
+    99u, 88u, 73u, 205u, 186u, 84u, 75u, 28u,
+    220u, 36u, 135u, 123u, 166u, 162u, 225u, 22u,
+    121u, 191u, 33u, 0u, 126u, 18u, 10u, 210u,
+    49u, 59u, 190u, 26u, 234u, 171u, 147u, 179u,
+    168u, 154u, 90u, 156u, 35u, 138u, 244u, 189u,
+    63u, 83u, 83u, 119u, 191u, 250u, 178u, 217u,
+    190u, 57u, 75u, 109u, 245u, 232u, 11u, 6u,
+    156u,
 };
 inline constexpr int32_t conv_dw_group_bias_data_uint8[] = {
-    2524, 9, 183, 94, 944,
+    -2811, 1778, 526, -322, -2514, -3043, 1169, 232,
+    3740,
 };
 inline constexpr uint8_t conv_dw_group_out_reference_uint8[] = {
-    110u, 129u, 48u, 49u, 63u, 133u, 172u, 97u,
-    67u, 110u, 77u, 119u, 113u, 96u, 12u, 45u,
-    152u, 62u, 70u, 85u, 174u, 242u, 88u, 87u,
-    47u, 121u, 170u, 49u, 96u, 70u, 96u, 128u,
-    30u, 37u, 90u, 134u, 175u, 42u, 68u, 107u,
-    154u, 196u, 22u, 42u, 17u, 93u, 72u, 53u,
-    69u, 62u, 142u, 127u, 53u, 63u, 40u, 160u,
-    160u, 49u, 52u, 50u,
+    89u, 151u, 90u, 144u, 74u, 68u, 171u, 102u,
+    108u, 123u, 112u, 130u, 157u, 123u, 24u, 242u,
+    90u, 101u, 74u, 118u, 107u, 166u, 108u, 57u,
+    164u, 132u, 110u, 105u, 94u, 88u, 139u, 126u,
+    48u, 158u, 149u, 164u, 81u, 119u, 53u, 165u,
+    113u, 62u, 162u, 146u, 120u, 110u, 102u, 115u,
+    143u, 130u, 50u, 110u, 160u, 138u, 121u, 130u,
+    91u, 75u, 99u, 35u, 141u, 94u, 98u, 126u,
+    111u, 102u, 152u, 86u, 12u, 130u, 167u, 72u,
+    75u, 98u, 89u, 129u, 157u, 67u, 114u, 148u,
+    101u, 140u, 71u, 80u, 133u, 125u, 49u, 146u,
+    125u, 105u, 75u, 71u, 30u, 89u, 123u, 48u,
+    108u, 161u, 144u, 134u, 81u, 103u, 155u, 100u,
+    57u, 74u, 135u, 117u,
 };
 inline constexpr float conv_dw_group_pscale_in_uint8[] = {
-    0.0223330744f,
+    0.0467748046f,
 };
 inline constexpr uint8_t conv_dw_group_pzeropoint_in_uint8[] = {
-    248u,
+    214u,
 };
 inline constexpr float conv_dw_group_pscale_weights_uint8[] = {
-    0.00959758088f,
+    0.00899780076f,
 };
 inline constexpr uint8_t conv_dw_group_pzeropoint_weights_uint8[] = {
-    142u,
+    121u,
 };
 inline constexpr float conv_dw_group_pscale_out_uint8[] = {
-    0.120970808f,
+    0.260895699f,
 };
 inline constexpr uint8_t conv_dw_group_pzeropoint_out_uint8[] = {
-    58u,
+    118u,
 };
 inline constexpr uint8_t conv_dw_in_data_int8sym[] = {
     3u, 122u, 152u, 250u, 219u, 44u, 0u, 172u,

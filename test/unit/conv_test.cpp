@@ -270,7 +270,7 @@ TEST(Conv2d, ExpandsIndicesOnEveryCall) {
       std::vector<float> expanded(data.weights.size());
       const nnlib::tensor weights(
           bits == 4 ? AI_ARRAY_FORMAT_LUT4_FLOAT : AI_ARRAY_FORMAT_LUT8_FLOAT, s.weights(),
-          indices.data(), table.data());
+          indices.data(), table.data(), nullptr);
       nnlib::tensor scratch({1, static_cast<uint32_t>(expanded.size()), 1, 1}, expanded.data());
       layer.weights.array = weights.array;
       const nnlib::chain chain(nnlib::list(layer.in), nnlib::list(layer.out),

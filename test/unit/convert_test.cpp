@@ -179,7 +179,7 @@ TEST(Conversion, IntegersInvertTheTopBitAtEveryLength) {
 
 TEST(Tables, EveryEntryFollowsFromTheFormula) {
   const auto check = [](const auto& table, bool tanh, int steps, size_t first, size_t period) {
-    using T = std::remove_cv_t<std::remove_reference_t<decltype(table[0])> >;
+    using T = std::remove_cv_t<std::remove_reference_t<decltype(table[0])>>;
     for (size_t i = 0; i < std::size(table); ++i) {
       const size_t position = i + first;
       const double k = static_cast<double>(position) -

@@ -76,7 +76,7 @@ TEST(Dense, SameBitsAsTheFormula) {
     const nnlib::dims dims = {n_in, n_out, 1, 1};
     nnlib::tensor plain(dims, rows.data());
     nnlib::tensor coded(bits == 4 ? AI_ARRAY_FORMAT_LUT4_FLOAT : AI_ARRAY_FORMAT_LUT8_FLOAT, dims,
-                        indices.data(), table.data());
+                        indices.data(), table.data(), nullptr);
     plain.stride.data[AI_SHAPE_C] = static_cast<uint32_t>((n_in + gap) * sizeof(float));
     coded.stride.data[AI_SHAPE_C] = static_cast<uint32_t>(row_bytes);
     with_each_instance([&] {

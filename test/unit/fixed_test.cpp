@@ -216,6 +216,8 @@ TEST(FixedConvolution, DepthwiseKernelsAreTheNaiveLoop) {
       c.check(arm_depthwise_separable_conv_HWC_q7_nonsquare, 0, multiplier != 1);
     }
   }
+  const Convolution<q7_t> none{{3, 2, 0, 0, 2, 2, 0, 0, 1, 1, 2, 1}, 7, true};
+  none.check(arm_depthwise_separable_conv_HWC_q7_nonsquare, 0);
 }
 
 TEST(FixedProducts, DenseAndMatrixKernelsAreTheNaiveLoop) {
@@ -295,6 +297,7 @@ TEST(FixedConvolution, KernelIsChosenBySizes) {
       {8, 8, map, &G::out_channels, 16, K::kDepthwiseMultiplierQ7, K::kDepthwiseMultiplierQ7},
       {8, 8, map, &G::out_channels, 2, K::kUnsupported, K::kUnsupported},
       {8, 2, map, &G::pad_x, 1, K::kUnsupported, K::kUnsupported},
+      {8, 0, map, &G::in_channels, 0, K::kUnsupported, K::kUnsupported},
       {16, 1, rgb, &G::pad_x, 1, K::kSquareQ15, K::kRowsQ15},
       {16, 1, rgb, &G::pad_x, 0, K::kUnsupported, K::kUnsupported},
       {16, 3, rgb, &G::out_channels, 3, K::kUnsupported, K::kUnsupported},
@@ -391,6 +394,7 @@ TEST(FixedConvolutionLayer, FusedIsTheSequence) {
   odd.in_channels = 3;
   const ConvGeometry strided = {9, 9, 4, 4, 2, 2, 0, 0, 2, 2, 4, 4};
   const ConvGeometry q15 = {5, 5, 3, 2, 2, 2, 1, 1, 1, 1, 6, 6};
+  const ConvGeometry q15_even = {6, 6, 4, 2, 2, 2, 1, 1, 1, 1, 7, 7};
   for (const Pooling& p : poolings) {
     for (const int out_bits : {3, 12, 14}) {
       check_fused<q7_t>({map}, out_bits, p, nullptr, pool_func_ap_array_fixed);
@@ -401,15 +405,18 @@ TEST(FixedConvolutionLayer, FusedIsTheSequence) {
     }
     check_fused<q15_t>({q15}, 10, p, nullptr, pool_func_ap_array_fixed);
     check_fused<q15_t>({q15}, 14, p, nl_func_sigmoid_array_fixed, pool_func_mp_array_fixed);
+    check_fused<q15_t>({q15_even}, 10, p, nullptr, pool_func_mp_array_fixed);
   }
 }
 
 TEST(FixedConvolutionLayer, UnsupportedHangs) {
-  const auto run = [](uint32_t groups) {
-    static constinit int8_t data[64] = {};
-    static nnlib::tensor map({1, 4, 2, 2}, data), weights({4, 1, 1, 4}, data);
-    static nnlib::chain chain(nnlib::list(map), nnlib::list(map), nnlib::list(weights),
-                              nnlib::list(map));
+  const auto run = [](uint32_t groups, const ai_array_format(&formats)[4]) {
+    static constinit int16_t data[64] = {};
+    const nnlib::dims map = {1, 4, 2, 2};
+    nnlib::tensor in(formats[0], map, data), weights(formats[1], {4, 1, 1, 4}, data);
+    nnlib::tensor bias(formats[2], {1, 4, 1, 1}, data), out(formats[3], map, data);
+    nnlib::chain chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
+                       nnlib::list(in));
     static uint32_t pad[4] = {};
     ai_layer_conv2d layer = {nnlib::layer(AI_LAYER_TYPE_CONV2D, forward_conv2d_fixed, chain),
                              groups,
@@ -422,8 +429,29 @@ TEST(FixedConvolutionLayer, UnsupportedHangs) {
     forward_conv2d_fixed(&layer.base);
     std::exit(0);
   };
-  EXPECT_EXIT(run(4), testing::ExitedWithCode(0), "");
-  EXPECT_EXIT(run(2), testing::KilledBySignal(SIGALRM), "");
+  constexpr ai_array_format q7 = AI_ARRAY_FORMAT_S8, q15 = AI_ARRAY_FORMAT_S16;
+  EXPECT_EXIT(run(4, {q7, q7, q7, q7}), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(run(1, {q15, q15, q15, q15}), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(run(2, {q7, q7, q7, q7}), testing::KilledBySignal(SIGALRM), "");
+  EXPECT_EXIT(run(1, {q7, q15, q7, q7}), testing::KilledBySignal(SIGALRM), "");
+  EXPECT_EXIT(run(1, {q15, q7, q15, q15}), testing::KilledBySignal(SIGALRM), "");
+  EXPECT_EXIT(run(1, {q15, q15, q7, q15}), testing::KilledBySignal(SIGALRM), "");
+  EXPECT_EXIT(run(1, {q15, q15, q15, q7}), testing::KilledBySignal(SIGALRM), "");
+}
+
+// A sum beyond 32 bits in one channel, and its negative in the other.
+TEST(FixedPool, AveragesLargeWindows) {
+  constexpr uint16_t kSide = 300;
+  Values<q15_t> in(size_t{2} * kSide * kSide, 32767), out(2);
+  for (size_t i = 1; i < in.size(); i += 2) {
+    in[i] = -32768;
+  }
+  ai_array from = {AI_ARRAY_FORMAT_S16, static_cast<ai_size>(in.size()), in.data(), in.data()};
+  ai_array to = {AI_ARRAY_FORMAT_S16, 2, out.data(), out.data()};
+  pool_func_ap_array_fixed(&from, kSide, kSide, 2, kSide, kSide, 0, 0, 1, 1, 1, 1, &to);
+  EXPECT_EQ(out, (Values<q15_t>{32767, -32768}));
+  pool_func_ap_array_fixed(&from, 257, 255, 2, 257, 255, 0, 0, 1, 1, 1, 1, &to);  // 65535 cells
+  EXPECT_EQ(out, (Values<q15_t>{32767, -32768}));
 }
 
 TEST(FixedSoftmax, ValuesHold) {

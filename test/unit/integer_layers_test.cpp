@@ -14,6 +14,7 @@
 #include "kernels/ko_pool.h"
 #include "layers_quantized/conv2d_integer_choice.hpp"
 #include "layers_quantized/layers_conv2d_quarn_integer.h"
+#include "layers_quantized/layers_nl_quarn_fixed.h"
 #include "layers_quantized/layers_nl_quarn_integer.h"
 #include "layers_quantized/layers_pool_quarn_integer.h"
 #include "layers_quantized/layers_quarn_integer.h"
@@ -53,6 +54,7 @@ TEST(IntegerConvChoice, GoesByTheFirstConditionThatHolds) {
       {rgb, 1, IntegerConvShape::kRgb},
       {rgb, 2, IntegerConvShape::kUnsupported},
       {rgb, 0, IntegerConvShape::kUnsupported},
+      {{5, 5, 0, 0, 3, 3, 1, 1, 2, 2, 3, 3}, 0, IntegerConvShape::kUnsupported},
       {rgb, 3, IntegerConvShape::kUnsupported},  // four filters for three channels
       {with(rgb, &ConvGeometry::out_channels, 3), 3, IntegerConvShape::kDepthwise},
       {with(rgb, &ConvGeometry::in_channels, 4), 1, IntegerConvShape::kBasic},
@@ -310,6 +312,25 @@ TEST(IntegerLayersDeathTest, HangOnWhatTheyDoNotKnowAndFaultOnBadScratch) {
   EXPECT_DEATH((run_soon_killed<int8_t, int8_t>(1, 2)), "");  // not aligned
 }
 
+// The signal of a fault, which a wild read does not give.
+TEST(IntegerLayersDeathTest, FaultWithoutParameters) {
+  const auto faults = [](int status) {
+    return WIFSIGNALED(status) && (WTERMSIG(status) == SIGILL || WTERMSIG(status) == SIGTRAP);
+  };
+  const auto run_without_zeropoints = [] {
+    ConvLayer<uint8_t, uint8_t> layer({3, 3, 4, 4, 1, 1, 0, 0, 1, 1, 3, 3}, 1, true, false);
+    layer.weight_info.zeropoint = nullptr;
+    layer.run();
+  };
+  EXPECT_EXIT(run_without_zeropoints(), faults, "");
+  int8_t data[4] = {};
+  nnlib::tensor map({1, 4, 1, 1}, data);
+  nnlib::chain chain(nnlib::list(map), nnlib::list(map));
+  ai_layer_nl relu = {nnlib::layer(AI_LAYER_TYPE_NL, forward_relu_integer, chain), nullptr};
+  EXPECT_EXIT(forward_relu_integer(&relu.base), faults, "");
+  EXPECT_EXIT(forward_relu_max_fixed(&relu.base), faults, "");
+}
+
 // --- dense ----------------------------------------------------------------------------------
 
 // Two positions, of which each is what a layer of one position makes of it, and what the reference
@@ -472,6 +493,28 @@ TEST(IntegerPool, OfTheWholeMap) {
   uint8_t maximum[2];
   ko_uint8_glomaxpool(bytes, maximum, 2, 1, 2, 1.0f, 0, 0.5f, 0);
   EXPECT_EQ((std::vector<int>{22, 255}), std::vector<int>(maximum, maximum + 2));
+}
+
+// Sums that, rounded, are a whole multiple of the count, and those one less.
+TEST(IntegerPool, AveragesExactly) {
+  constexpr uint16_t kChannels = 255;
+  const uint16_t sides[][2] = {{7, 1}, {41, 1}, {7, 7}, {301, 99}, {65535, 1}, {256, 256}};
+  for (const auto& [width, height] : sides) {
+    const size_t count = size_t{width} * height;
+    for (const size_t missing : {0, 1}) {
+      std::vector<uint8_t> in, out(kChannels), want;
+      for (size_t cell = 0; cell < count; ++cell) {
+        for (uint32_t c = 0; c < kChannels; ++c) {
+          in.push_back(static_cast<uint8_t>(cell < count - count / 2 - missing ? c + 1 : c));
+        }
+      }
+      for (uint32_t c = 0; c < kChannels; ++c) {
+        want.push_back(static_cast<uint8_t>(missing == 0 ? c + 1 : c));
+      }
+      ko_uint8_gloavepool(in.data(), out.data(), width, height, kChannels, 1.0f, 0, 1.0f, 0);
+      ASSERT_EQ(want, out) << count;
+    }
+  }
 }
 
 // --- functions ------------------------------------------------------------------------------

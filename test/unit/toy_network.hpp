@@ -81,7 +81,7 @@ struct ToyNetwork {
   Memory memory;
   nnlib::intq<int8_t, 1> scales{kScale, kZeroPoint};
   ai_intq_info_list no_scales{1u << 16, nullptr};
-  nnlib::tensor a{AI_ARRAY_FORMAT_FLOAT, {1, 3, 2, 1}, memory.home_a + 1, memory.home_a};
+  nnlib::tensor a{AI_ARRAY_FORMAT_FLOAT, {1, 3, 2, 1}, memory.home_a + 1, memory.home_a, nullptr};
   nnlib::tensor b{
       AI_ARRAY_FORMAT_S8 | nnlib::copied, {1, 2, 1, 4}, memory.home_b + 1, memory.home_b, &scales};
   nnlib::tensor y{AI_ARRAY_FORMAT_U8, {1, 2, 3, 2}, memory.home_y + 2, memory.home_y, &no_scales};

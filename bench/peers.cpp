@@ -1,0 +1,132 @@
+// The same convolutions and dense layers by oneDNN and XNNPACK, their weights packed beforehand as
+// they like them best.
+#include <xnnpack.h>
+
+#include <dnnl.hpp>
+#include <limits>
+#include <stdexcept>
+#include <unordered_map>
+
+#include "bench/workloads.hpp"
+
+namespace bench {
+namespace {
+
+using dnnl::memory;
+
+// A oneDNN primitive with the memory of its arguments.
+struct Dnnl {
+  dnnl::engine engine{dnnl::engine::kind::cpu, 0};
+  dnnl::stream stream{engine};
+  dnnl::primitive primitive;
+  std::unordered_map<int, memory> arguments;
+
+  void add(int argument, const memory::desc& desc) {
+    arguments.emplace(argument, memory(desc, engine));
+  }
+  void run() {
+    primitive.execute(stream, arguments);
+    stream.wait();
+  }
+};
+
+memory::desc floats(const memory::dims& dims, memory::format_tag tag) {
+  return {dims, memory::data_type::f32, tag};
+}
+
+template <class Primitive, class Desc>
+std::shared_ptr<Dnnl> dnnl_layer(const Desc& desc) {
+  auto layer = std::make_shared<Dnnl>();
+  const typename Primitive::primitive_desc primitive(desc, layer->engine);
+  layer->primitive = Primitive(primitive);
+  layer->add(DNNL_ARG_SRC, primitive.src_desc());
+  layer->add(DNNL_ARG_WEIGHTS, primitive.weights_desc());
+  layer->add(DNNL_ARG_BIAS, primitive.bias_desc());
+  layer->add(DNNL_ARG_DST, primitive.dst_desc());
+  return layer;
+}
+
+std::shared_ptr<Dnnl> dnnl_conv(const ConvShape& s) {
+  using tag = memory::format_tag;
+  const memory::dim channels = s.channels, filters = s.out_channels(), taps = s.taps;
+  const memory::dims weights = s.depthwise() ? memory::dims{channels, 1, 1, taps, taps}
+                                             : memory::dims{filters, channels, taps, taps};
+  const memory::dims stride = {s.stride, s.stride}, pad = {s.pad, s.pad};
+  return dnnl_layer<dnnl::convolution_forward>(dnnl::convolution_forward::desc(
+      dnnl::prop_kind::forward_inference, dnnl::algorithm::convolution_direct,
+      floats({1, channels, s.size, s.size}, tag::nhwc), floats(weights, tag::any),
+      floats({filters}, tag::x), floats({1, filters, s.out_size(), s.out_size()}, tag::nhwc),
+      stride, pad, pad));
+}
+
+std::shared_ptr<Dnnl> dnnl_dense(const DenseShape& s) {
+  using tag = memory::format_tag;
+  return dnnl_layer<dnnl::inner_product_forward>(dnnl::inner_product_forward::desc(
+      dnnl::prop_kind::forward_inference, floats({1, s.inputs}, tag::nc),
+      floats({s.outputs, s.inputs}, tag::any), floats({s.outputs}, tag::x),
+      floats({1, s.outputs}, tag::nc)));
+}
+
+// An XNNPACK operator over buffers of its own. It may read a little past its input.
+struct Xnn {
+  Xnn(size_t in_count, size_t out_count)
+      : in(in_count + XNN_EXTRA_BYTES / sizeof(float)), out(out_count) {}
+  Floats in, out;
+  xnn_operator_t op = nullptr;
+
+  void run() { xnn_run_operator(op, nullptr); }
+};
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+void check(xnn_status status) {
+  if (status != xnn_status_success) {
+    throw std::runtime_error("XNNPACK refuses");
+  }
+}
+
+std::shared_ptr<Xnn> xnn_conv(const ConvShape& s) {
+  auto layer = std::make_shared<Xnn>(s.in_count(), s.out_count());
+  const Floats weights(s.weight_count()), bias(s.out_channels());
+  const uint32_t groups = s.depthwise() ? s.channels : 1;
+  check(xnn_create_convolution2d_nhwc_f32(
+      s.pad, s.pad, s.pad, s.pad, s.taps, s.taps, s.stride, s.stride, 1, 1, groups,
+      s.channels / groups, s.out_channels() / groups, s.channels, s.out_channels(), weights.data(),
+      bias.data(), -kInfinity, kInfinity, 0, &layer->op));
+  check(xnn_setup_convolution2d_nhwc_f32(layer->op, 1, s.size, s.size, layer->in.data(),
+                                         layer->out.data(), nullptr));
+  return layer;
+}
+
+std::shared_ptr<Xnn> xnn_dense(const DenseShape& s) {
+  auto layer = std::make_shared<Xnn>(s.inputs, s.outputs);
+  const Floats weights(size_t{s.inputs} * s.outputs), bias(s.outputs);
+  check(xnn_create_fully_connected_nc_f32(s.inputs, s.outputs, s.inputs, s.outputs, weights.data(),
+                                          bias.data(), -kInfinity, kInfinity, 0, &layer->op));
+  check(
+      xnn_setup_fully_connected_nc_f32(layer->op, 1, layer->in.data(), layer->out.data(), nullptr));
+  return layer;
+}
+
+template <class Peer>
+void add(const char* workload, const char* peer, double operations, std::shared_ptr<Peer> layer) {
+  add_benchmark(workload, peer, operations, [layer] { layer->run(); });
+}
+
+}  // namespace
+
+void add_peers() {
+  dnnl::set_max_cpu_isa(dnnl::cpu_isa::avx2);  // the instruction set of the runtime
+  check(xnn_initialize(nullptr));
+  for (const ConvShape& s : kConvShapes) {
+    add(s.name, "oneDNN", s.operations(), dnnl_conv(s));
+    add(s.name, "XNNPACK", s.operations(), xnn_conv(s));
+  }
+  for (const DenseShape& s : kDenseShapes) {
+    const double operations = 2.0 * s.inputs * s.outputs;
+    add(s.name, "oneDNN", operations, dnnl_dense(s));
+    add(s.name, "XNNPACK", operations, xnn_dense(s));
+  }
+}
+
+}  // namespace bench
