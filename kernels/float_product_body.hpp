@@ -63,7 +63,7 @@ void row_columns_in_place(const Product& p, size_t column) {
 #if NNLIB_LANES > 1
 // Four k of one vector of columns, in order.
 NNLIB_ALWAYS_INLINE Vec add_quads(Vec acc, const float* a, const float* b, size_t column_pitch) {
-  const Vec x = load_quads(a, 0, 0);
+  const Vec x = splat_quad(a);
   Vec products[4];
   NNLIB_UNROLL
   for (size_t i = 0; i < 4; ++i) {
@@ -83,43 +83,38 @@ template <size_t NV>
 void row_columns_turned(const Product& p, size_t column) {
   constexpr size_t kLine = 16;  // use up a cache line of each column at once
   const size_t pitch = p.b.row_pitch;
-  const float* b = p.b.data + column * pitch;
   const float* a = p.a.data;
+  const float* b[NV];
+  NNLIB_UNROLL
+  for (size_t v = 0; v < NV; ++v) {
+    b[v] = p.b.data + (column + v * kLanes) * pitch;
+  }
   Vec acc[1][NV] = {};
-  size_t k = 0;
-  for (; k + kLine <= p.depth; k += kLine) {
+  size_t left = p.depth;
+  for (; left >= kLine; left -= kLine, a += kLine) {
     NNLIB_UNROLL
     for (size_t v = 0; v < NV; ++v) {
       NNLIB_UNROLL
       for (size_t quad = 0; quad < kLine; quad += 4) {
-        acc[0][v] = add_quads(acc[0][v], a + k + quad, b + v * kLanes * pitch + k + quad, pitch);
+        acc[0][v] = add_quads(acc[0][v], a + quad, b[v] + quad, pitch);
       }
+      b[v] += kLine;
     }
   }
-  for (; k < p.depth; ++k) {
+  for (; left != 0; --left, ++a) {
     NNLIB_UNROLL
     for (size_t v = 0; v < NV; ++v) {
       float of_k[kLanes];
       for (size_t lane = 0; lane < kLanes; ++lane) {
-        of_k[lane] = b[(v * kLanes + lane) * pitch + k];
+        of_k[lane] = b[v][lane * pitch];
       }
-      acc[0][v] += splat(a[k]) * load(of_k);
+      acc[0][v] += splat(*a) * load(of_k);
+      ++b[v];
     }
   }
   store_block(p.out + column, acc, 0, kLanes);
 }
 #endif
-
-template <size_t NV>
-void row_columns(const Product& p, size_t column) {
-#if NNLIB_LANES > 1
-  if (p.b.row_pitch != 1) {
-    row_columns_turned<NV>(p, column);
-    return;
-  }
-#endif
-  row_columns_in_place<NV>(p, column);
-}
 
 inline void row_columns_scalar(const Product& p) {
   for (size_t column = 0; column < p.columns; ++column) {
@@ -132,32 +127,42 @@ inline void row_columns_scalar(const Product& p) {
   }
 }
 
-// A vector times a matrix.
-inline void product_row(const Product& p) {
-  constexpr size_t kVectors = 8;
-  constexpr size_t kStep = kLanes;
-  if (p.columns < kStep) {
-    row_columns_scalar(p);
+template <bool Turned, size_t NV>
+void row_columns(const Product& p, size_t column) {
+#if NNLIB_LANES > 1
+  if constexpr (Turned) {
+    row_columns_turned<NV>(p, column);
     return;
   }
+#endif
+  row_columns_in_place<NV>(p, column);
+}
+
+// A vector times a matrix, NV vectors of columns at a time.
+template <bool Turned, size_t NV>
+void product_row(const Product& p) {
   size_t column = 0;
-  for (; column + kVectors * kStep <= p.columns; column += kVectors * kStep) {
-    row_columns<kVectors>(p, column);
+  for (; column + NV * kLanes <= p.columns; column += NV * kLanes) {
+    row_columns<Turned, NV>(p, column);
   }
-  for (; column + kStep <= p.columns; column += kStep) {
-    row_columns<1>(p, column);
+  for (; column + kLanes <= p.columns; column += kLanes) {
+    row_columns<Turned, 1>(p, column);
   }
   if (column < p.columns) {
-    row_columns<1>(p, p.columns - kStep);  // some columns a second time, with the same result
+    row_columns<Turned, 1>(p, p.columns - kLanes);  // some a second time, with the same result
   }
 }
 
 inline void product(const Product& p) {
   const bool contiguous = p.a.k_pitch == 1 && p.b.k_pitch == 1;
-  if (p.rows == 1 && (!kPacks || p.b.row_pitch == 1 || contiguous)) {
-    product_row(p);
-  } else {
+  if (p.rows != 1 || (kPacks && p.b.row_pitch != 1 && !contiguous)) {
     product_tiles(p);
+  } else if (p.columns < kLanes) {
+    row_columns_scalar(p);
+  } else if (kPacks && p.b.row_pitch != 1) {
+    product_row<true, 2>(p);
+  } else {
+    product_row<false, kPacks ? 8 : 4>(p);
   }
 }
 

@@ -36,6 +36,10 @@
 #define NNLIB_VECTOR_WIDE 0
 #endif
 
+#if NNLIB_VECTOR_WIDE
+#include <immintrin.h>
+#endif
+
 #if defined(__clang__)
 #define NNLIB_UNROLL _Pragma("clang loop unroll(full)")
 #define NNLIB_ALWAYS_INLINE inline __attribute__((always_inline))

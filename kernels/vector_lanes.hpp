@@ -40,8 +40,6 @@ NNLIB_ALWAYS_INLINE Vec splat(float x) {
 
 #if NNLIB_LANES > 1
 
-using Quad = VectorOf<float, 4>::type;
-
 // Picks lanes i0 .. i3 of every group of four of a and b, those of b counted from kLanes on.
 #if NNLIB_LANES == 8
 #define NNLIB_SHUFFLE(a, b, i0, i1, i2, i3) \
@@ -52,14 +50,21 @@ using Quad = VectorOf<float, 4>::type;
 
 // The four numbers at row `row`; with 8 lanes those of row `row + 4` behind them.
 NNLIB_ALWAYS_INLINE Vec load_quads(const float* rows, size_t pitch, size_t row) {
-  Quad low;
-  std::memcpy(&low, rows + row * pitch, sizeof(low));
 #if NNLIB_LANES == 8
-  Quad high;
-  std::memcpy(&high, rows + (row + 4) * pitch, sizeof(high));
-  return __builtin_shufflevector(low, high, 0, 1, 2, 3, 4, 5, 6, 7);
+  // From memory this takes no shuffle, which GCC does not find by itself.
+  const Vec low = _mm256_castps128_ps256(_mm_loadu_ps(rows + row * pitch));
+  return _mm256_insertf128_ps(low, _mm_loadu_ps(rows + (row + 4) * pitch), 1);
 #else
-  return low;
+  return load(rows + row * pitch);
+#endif
+}
+
+// Four numbers, with 8 lanes twice.
+NNLIB_ALWAYS_INLINE Vec splat_quad(const float* from) {
+#if NNLIB_LANES == 8
+  return _mm256_broadcast_ps(reinterpret_cast<const __m128*>(from));
+#else
+  return load(from);
 #endif
 }
 
