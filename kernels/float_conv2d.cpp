@@ -9,13 +9,29 @@
 #include "kernels/vector_bodies.hpp"
 
 namespace nnlib {
+namespace {
 
-void conv2d_f32(const Conv2d& conv) {
-  NNLIB_VECTOR_IF(conv.out_channels >= kWideLanes, conv2d)(conv);
+bool one_to_one(const ConvAxis& axis) {
+  return axis.taps == 1 && axis.stride == 1 && axis.start == 0 && axis.in == axis.out;
 }
 
-void depthwise_conv2d_f32(const Conv2d& conv) {
-  NNLIB_VECTOR_IF(conv.out_channels >= kWideLanes, depthwise_conv2d)(conv);
+// The rows of a 1 x 1 convolution joined to one where they follow each other: no block of pixels
+// ends at the end of a row.
+Conv2d joined_rows(Conv2d conv) {
+  const bool joins = one_to_one(conv.x) && one_to_one(conv.y) &&
+                     conv.y.in_pitch == conv.x.in * conv.x.in_pitch &&
+                     conv.y.out_pitch == conv.x.out * conv.x.out_pitch;
+  if (joins) {
+    conv.x.in = conv.x.out = conv.x.in * conv.y.in;
+    conv.y.in = conv.y.out = 1;
+  }
+  return conv;
+}
+
+}  // namespace
+
+void conv2d_f32(const Conv2d& conv) {
+  NNLIB_VECTOR_IF(conv.out_channels >= kWideLanes, conv2d)(joined_rows(conv));
 }
 
 }  // namespace nnlib

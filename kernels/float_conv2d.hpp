@@ -37,10 +37,6 @@ struct Conv2d {
 
 void conv2d_f32(const Conv2d& conv);
 
-// Every output channel sees the input channel of its own number only (in_channels is not read), and
-// the weights of a tap lie side by side: weights_pitch is 1.
-void depthwise_conv2d_f32(const Conv2d& conv);
-
 }  // namespace nnlib
 
 #endif

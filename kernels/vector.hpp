@@ -8,7 +8,11 @@
 //                       #define NNLIB_VECTOR_BODY "kernels/float_x_body.hpp"
 //                       #include "kernels/vector_bodies.hpp"
 //                       void x_f32(float* out) { NNLIB_VECTOR(x)(out); }
-//   float_x_body.hpp:   void x(float* out) { ... Vec ... }      (no include, no include guard)
+//   float_x_body.hpp:   void x(float* out) { ... Vec ... }      (no include guard; includes nothing
+//                       but other bodies)
+//
+// What a body calls and is not inlined belongs into a body too: a call from the wide instance into
+// code compiled without AVX2 costs hundreds of cycles.
 //
 // narrow:: is what the target has anyway: 4 lanes of float32, or 1 where there is no vector unit
 // with IEEE arithmetic. wide:: is compiled for AVX2 (without fused multiply-add), 8 lanes, and runs

@@ -5,6 +5,7 @@
 
 #include "kernels/ai_dictionary.h"
 #include "kernels/float_conv2d.hpp"
+#include "kernels/float_depthwise.hpp"
 #include "kernels/pool_geometry.hpp"
 #include "layers/dictionary_weights.hpp"
 #include "layers/layer_tensors.hpp"

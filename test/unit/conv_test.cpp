@@ -75,7 +75,7 @@ struct Shape {
 
 Direction random_direction(Random& random) {
   Direction d = {1 + random.below(9),
-                 1 + random.below(4),
+                 random.pick({1, 2, 3, 4, 7}),
                  1 + random.below(3),
                  random.pick({1, 1, 1, 2, 3}),
                  0,
@@ -98,7 +98,12 @@ Shape random_shape(Random& random) {
       s.groups = s.filters = s.channels;
       s.depthwise = s.channels > 1;
       break;
-    default:
+    case 2:
+      s.channels = random.pick({s.channels, s.channels, 150});  // a tap is more than a tile's depth
+      break;
+    default:  // pointwise: rows may run into one another
+      s.x = {s.x.in, 1, 1, 1, 0, s.x.pad_after % 3};
+      s.y = {s.y.in, 1, 1, 1, s.y.pad_before % 2, 0};
       break;
   }
   return s;
