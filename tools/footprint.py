@@ -2,81 +2,40 @@
 """Measures what each layer takes when it is linked alone, and writes docs/footprint.md.
 
 footprint.py            writes the tables
-footprint.py --check    writes nothing; fails when a figure grew by more than 5 %
+footprint.py --check    writes nothing; fails when a figure grew by more than 5 %, or when the page
+                        has other rows than those measured
 
-A program that names one layer's function is linked with the library at -Os; its figures are those
-beyond the same program without the layer, what it draws of the C library included. The stack is the
-deepest path of the compiler's call graph, without the C library's own frames and without functions
-that the network hands over (nl_func, pool_func).
+Rows are the functions of the public headers that a layer can name, and those that a network hands
+over to layers. A program with nothing but a row's functions is linked with the library at -Os; its
+figures are those beyond the same program without them, what they draw of the C library included.
 """
 
 import collections
+import concurrent.futures
+import os
 import pathlib
 import re
 import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
+PARTS = ROOT / "tools" / "footprint"
+sys.path.append(str(PARTS))
+
+import call_graph  # noqa: E402
+import public_functions  # noqa: E402
+
 PAGE = ROOT / "docs" / "footprint.md"
 WORK = ROOT / "build" / "footprint"
+JOBS = len(os.sched_getaffinity(0))
 TARGETS = ["m0", "m4f", "m55", "rv32"]
 SECTIONS = {"text": ("text", "init", "vectors", "plt"), "data": ("data", "tdata"),
             "rodata": ("rodata", "ARM", "init_array", "fini_array", "srodata"),
             "bss": ("bss", "sbss", "tbss")}
 HEADINGS = ["", "text", "rodata", "data", "bss", "stack", "heap"]
-
 CORE = ["ai_platform_network_create", "ai_platform_network_init", "ai_platform_network_process",
         "ai_platform_network_get_error", "ai_platform_network_destroy"]
-
-# One line for each table row: a layer's function, or several that go together.
-ROWS = [
-    ("runtime core", CORE),
-    "forward_conv2d",
-    "forward_conv2d_nl_pool",
-    "forward_conv2d_transpose",
-    "forward_dense",
-    "forward_gemm",
-    "forward_matmul",
-    "forward_mp",
-    "forward_ap",
-    "forward_eltwise",
-    "forward_add",
-    "forward_relu",
-    "forward_prelu",
-    "forward_clip",
-    "forward_sigmoid",
-    "forward_tanh",
-    "forward_erf",
-    "forward_sm",
-    "forward_bn",
-    "forward_norm",
-    "forward_lrn",
-    "forward_reduce",
-    "forward_concat",
-    "forward_split",
-    "forward_slice",
-    "forward_pad",
-    "forward_tile",
-    "forward_transpose",
-    "forward_upsample",
-    "forward_lstm",
-    "forward_gru",
-    "forward_conv2d_fixed",
-    "forward_conv2d_nl_pool_fixed",
-    "forward_dense_fixed",
-    "forward_mp_fixed",
-    "forward_ap_fixed",
-    "forward_relu_fixed",
-    "forward_tanh_fixed",
-    "forward_sm_fixed",
-    "forward_conv2d_integer",
-    "forward_conv2d_nl_pool_integer",
-    "forward_dense_integer",
-    "forward_mp_integer",
-    "forward_ap_integer",
-    "forward_add_integer",
-    "forward_nl_integer",
-]
+ALLOCATOR = "core_mem_alloc"
 
 
 def run(*command):
@@ -91,99 +50,132 @@ class Target:
         self.directory = WORK / name
         run("cmake", "--preset", name, "-B", self.directory, "-DCMAKE_BUILD_TYPE=MinSizeRel",
             "-DCMAKE_CXX_FLAGS_MINSIZEREL=-Os -DNDEBUG -fcallgraph-info=su")
-        run("cmake", "--build", self.directory, "-j2", "--target", "nnlib", "nnlib_board")
-        cache = (self.directory / "CMakeCache.txt").read_text()
-        self.setting = dict(re.findall(r"^(CMAKE_\w+):\w+=(.*)$", cache, re.M))
-        found = next(self.directory.glob("CMakeFiles/*/CMakeCCompiler.cmake")).read_text()
-        self.compiler = re.search(r'set\(CMAKE_C_COMPILER "(.*)"\)', found).group(1)
+        run("cmake", "--build", self.directory, "-j%d" % JOBS, "--target", "nnlib", "nnlib_board")
+        self.setting = dict(re.findall(r"^(CMAKE_\w+):\w+=(.*)$", self.generated("CMakeCache.txt"),
+                                       re.M))
+        self.compiler = re.search(r'set\(CMAKE_C_COMPILER "(.*)"\)',
+                                  self.generated("CMakeFiles/*/CMakeCCompiler.cmake")).group(1)
+        self.emulator = re.search(r"PROGRAM=(.*?--);",
+                                  self.generated("examples/CTestTestfile.cmake")).group(1)
+        self.library = self.directory / "libnnlib.a"
         self.board = list(self.directory.glob("ports/bare_metal/**/*.obj"))
-        self.frames, self.calls = self.call_graph()
-        self.empty = self.sizes([])
+        self.graph = call_graph.CallGraph(
+            self.call_graphs(), run(self.setting["CMAKE_READELF"], "-rW", self.library))
+        self.empty_main = self.compile("int main(void) { return 0; }", "empty")
+        self.empty, _ = self.measure([], "empty")
+        self.heap = self.measure_heap()
 
-    def call_graph(self):
-        frames, calls = {}, collections.defaultdict(set)
-        for graph in self.directory.glob("CMakeFiles/nnlib.dir/**/*.ci"):
-            text = graph.read_text()
-            for name, frame in re.findall(r'node: { title: "(.*?)" label: ".*?\\n(\d+) bytes', text):
-                frames[name] = int(frame)
-            for caller, callee in re.findall(r'sourcename: "(.*?)" targetname: "(.*?)"', text):
-                calls[caller].add(callee)
-        return frames, calls
+    def generated(self, pattern):
+        return next(self.directory.glob(pattern)).read_text()
 
-    def depth(self, function, above=()):
-        if function in above:
-            return 0
-        deeper = [self.depth(f, above + (function,)) for f in self.calls.get(function, ())]
-        return self.frames.get(function, 0) + max(deeper, default=0)
+    def call_graphs(self):
+        """Of the present sources; the build directory may have those of earlier ones as well."""
+        objects = self.directory / "CMakeFiles" / "nnlib.dir"
+        return [graph for graph in objects.glob("**/*.ci")
+                if (ROOT / graph.relative_to(objects).with_suffix("")).exists()]
 
-    def link(self, functions):
-        source, program = self.directory / "alone.c", self.directory / "alone.elf"
-        source.write_text(
-            '#include "nnlib.h"\ntypedef void (*function)(void);\n'
-            "extern const function used[8];\nconst function used[8] = {%s(function)0};\n"
-            "int main(void) { __asm__ volatile(\"\" ::\"r\"(used)); }\n"
-            % "".join("(function)%s, " % f for f in functions))
-        setting = self.setting
-        run(self.compiler, *setting["CMAKE_C_FLAGS"].split(), "-Os", "-I.", source, *self.board,
-            *setting["CMAKE_EXE_LINKER_FLAGS"].split(), self.directory / "libnnlib.a", "-lm", "-o",
+    def compile(self, text, name):
+        source, compiled = self.directory / (name + ".c"), self.directory / (name + ".o")
+        source.write_text(text)
+        run(self.compiler, *self.setting["CMAKE_C_FLAGS"].split(), "-Os", "-I.", "-c", source, "-o",
+            compiled)
+        return compiled
+
+    def link(self, main, name, *options):
+        program = self.directory / (name + ".elf")
+        run(self.compiler, *self.setting["CMAKE_C_FLAGS"].split(), main, *self.board,
+            *self.setting["CMAKE_EXE_LINKER_FLAGS"].split(), *options, self.library, "-lm", "-o",
             program)
         return program
 
-    def sizes(self, functions):
-        program = self.link(functions)
+    def measure(self, functions, name):
+        """({section kind: bytes}, {symbol, ...}) of a program with these functions."""
+        program = self.link(self.empty_main, name, *("-Wl,-u,%s" % f for f in functions))
+        listing = run(self.setting["CMAKE_READELF"], "-SsW", program)
+        program.unlink()
         sizes = collections.Counter()
-        for section, size in re.findall(r"^\.([\w.]+) +(\d+) +\d+$", run("size", "-A", program),
-                                        re.M):
+        for section, size in re.findall(r"^ +\[ *\d+\] \.(\S+) +\w+ +\w+ \w+ (\w+)", listing, re.M):
             for kind, names in SECTIONS.items():
                 if section in names or section.split(".")[0] in names:
-                    sizes[kind] += int(size)
-        nm = self.setting["CMAKE_NM"]
-        sizes["heap"] = " core_mem_alloc" in run(nm, program)
-        return sizes
+                    sizes[kind] += int(size, 16)
+        return sizes, set(re.findall(r" FUNC .* (\S+)$", listing, re.M))
 
-    def row(self, functions):
-        sizes = self.sizes(functions)
-        figures = [sizes[kind] - self.empty[kind] for kind in HEADINGS[1:5]]
-        stack = max(self.depth(f) for f in functions)
-        return figures + [stack, "yes" if sizes["heap"] else "no"]
+    def measure_heap(self):
+        main = self.compile((PARTS / "heap.c").read_text(), "heap")
+        program = self.link(main, "heap", "-Wl,--wrap=malloc")
+        printed = run(*self.emulator.split(";"), program)
+        return {name: int(size) for name, size in map(str.split, printed.splitlines())}
+
+    def row(self, title, functions):
+        sizes, linked = self.measure(functions, functions[0])
+        if ALLOCATOR in linked and title not in self.heap:
+            sys.exit("%s can reach the heap: tools/footprint/heap.c must measure it" % title)
+        return [sizes[kind] - self.empty[kind] for kind in HEADINGS[1:5]] + [
+            max(self.graph.depth(f, linked) for f in functions),
+            self.heap[title] if ALLOCATOR in linked else 0]
+
+
+def all_rows():
+    """[(group, [(title, [function, ...]), ...]), ...]"""
+    headers = run("cc", "-E", "-I.", "nnlib.h")
+    types = public_functions.by_type(headers)
+    layers = types.pop("ai_layer_forward")
+    core = ("", [("runtime core", CORE)])
+    handed_over = [("all %s of %s" % (name, pathlib.Path(header).name), functions)
+                   for name, of_headers in types.items() for header, functions in
+                   of_headers.items()]
+    return [core] + [(header, [(f, [f]) for f in functions]) for header, functions in
+                     layers.items()] + [("handed over to layers", handed_over)]
 
 
 def measure():
-    tables = {}
-    for name in TARGETS:
-        target, tables[name] = Target(name), {}
-        for row in ROWS:
-            title, functions = row if isinstance(row, tuple) else (row, [row])
-            tables[name][title] = target.row(functions)
+    """{target: {group: {title: figures}}}"""
+    groups, tables = all_rows(), {}
+    with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:
+        for name in TARGETS:
+            target = Target(name)
+            pending = {group: {title: pool.submit(target.row, title, functions)
+                               for title, functions in rows} for group, rows in groups}
+            tables[name] = {group: {title: row.result() for title, row in rows.items()}
+                            for group, rows in pending.items()}
     return tables
 
 
-def table_text(rows):
-    lines = [HEADINGS, ["---"] + ["---:"] * 6] + [[title] + row for title, row in rows.items()]
+def table_text(groups):
+    lines = [HEADINGS, ["---"] + ["---:"] * 6]
+    for group, rows in groups.items():
+        lines += [["*%s*" % group] + [""] * 6] if group else []
+        lines += [[title] + row for title, row in rows.items()]
     return "".join("| %s |\n" % " | ".join(map(str, line)) for line in lines)
 
 
-def grown(tables, page):
-    """Figures that are more than 5 % above the page's, which must have them all."""
-    for name, rows in tables.items():
-        section = page.split("<!-- %s -->\n" % name)[1]
-        before = {cells[0]: cells[1:] for cells in
-                  (line.strip("| ").split(" | ") for line in section.splitlines())}
-        for title, row in rows.items():
-            for heading, old, new in zip(HEADINGS[1:6], before.get(title, [0] * 6), row):
-                if int(old) * 1.05 < new:
-                    yield "%s, %s: %s grew from %s to %d" % (name, title, heading, old, new)
+def table_rows(text):
+    rows = [[cell.strip() for cell in line.split("|")[1:-1]] for line in text.splitlines()]
+    return {row[0]: list(map(int, row[1:])) for row in rows if row[-1].isdigit()}
+
+
+def complaints(tables, page):
+    for name, groups in tables.items():
+        before = table_rows(page.split("<!-- %s -->\n" % name)[1])
+        now = table_rows(table_text(groups))
+        for title in before.keys() ^ now.keys():
+            yield "%s, %s: %s" % (name, title, "not on the page" if title in now else "on the page, "
+                                  "but no such function")
+        for title in before.keys() & now.keys():
+            for heading, old, new in zip(HEADINGS[1:], before[title], now[title]):
+                if 100 * new > 105 * old:
+                    yield "%s, %s: %s grew from %d to %d" % (name, title, heading, old, new)
 
 
 def main():
     tables, page = measure(), PAGE.read_text()
     if "--check" in sys.argv:
-        growth = list(grown(tables, page))
-        sys.exit("\n".join(growth) if growth else 0)
-    for name, rows in tables.items():
+        found = sorted(complaints(tables, page))
+        sys.exit("\n".join(found) if found else 0)
+    for name, groups in tables.items():
         mark = "<!-- %s -->\n" % name
         before, _, after = page.split(mark)
-        page = mark.join([before, table_text(rows), after])
+        page = mark.join([before, table_text(groups), after])
     PAGE.write_text(page)
 
 
