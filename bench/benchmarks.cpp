@@ -1,34 +1,14 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
-#include <new>
 
 #include "bench/gated_timer.hpp"
+#include "bench/layer.hpp"
 #include "bench/peaks.hpp"
 #include "bench/workloads.hpp"
 #include "kernels/vector.hpp"
 
 namespace bench {
-namespace {
-
-constexpr std::align_val_t kCacheLine{64};
-
-}  // namespace
-
-Floats::Floats(size_t count)
-    : data_(static_cast<float*>(::operator new[](count * sizeof(float), kCacheLine))),
-      size_(count) {
-  uint32_t bits = 1;
-  for (size_t i = 0; i < count; ++i) {
-    bits = bits * 1664525u + 1013904223u;
-    data_[i] = static_cast<float>(static_cast<int32_t>(bits)) * 0x1p-32f;
-  }
-}
-
-void Floats::Free::operator()(float* data) const {
-  ::operator delete[](data, kCacheLine);
-}
-
 void add_benchmark(const std::string& workload, const std::string& contestant, double operations,
                    std::function<void()> call, bool wide) {
   const auto run = [=](benchmark::State& state) {
@@ -44,7 +24,7 @@ void add_benchmark(const std::string& workload, const std::string& contestant, d
     if (timing.kept == 0) {
       state.SkipWithError("the processor never ran at full speed");
     } else if (operations != 0) {
-      state.counters["GFLOPS"] = operations / timing.seconds * 1e-9;
+      state.counters["Gops"] = operations / timing.seconds * 1e-9;
     }
   };
   benchmark::RegisterBenchmark((workload + "/" + contestant).c_str(), run)
@@ -55,26 +35,36 @@ void add_benchmark(const std::string& workload, const std::string& contestant, d
 
 void add_peaks() {
   const auto chains = [] { multiply_add_chains(5000); };
+  const auto pairs = [] { multiply_add_pairs(5000); };
   for (const bool wide : {true, false}) {
     nnlib::vector_allow_wide(wide);
-    if (wide == nnlib::vector_wide()) {
-      add_benchmark("peak", wide ? "multiply-add" : "multiply-add narrow",
-                    static_cast<double>(multiply_add_chains(5000)), chains, wide);
+    if (wide != nnlib::vector_wide()) {
+      continue;
+    }
+    const std::string suffix = wide ? "" : " narrow";
+    add_benchmark("peak", "multiply-add" + suffix, static_cast<double>(multiply_add_chains(5000)),
+                  chains, wide);
+    if (multiply_add_pairs(1) != 0) {
+      add_benchmark("peak", "16-bit pairs" + suffix, static_cast<double>(multiply_add_pairs(5000)),
+                    pairs, wide);
     }
   }
   nnlib::vector_allow_wide(true);
   add_benchmark("peak", "one chain", static_cast<double>(multiply_add_chain(5000)),
                 [] { multiply_add_chain(5000); });
-  auto floats = std::make_shared<Floats>(size_t{64} << 20);
-  add_benchmark("peak", "reads of 256 MiB", 0,
-                [floats] { read_floats(floats->data(), floats->size()); });
+  constexpr size_t kFloats = size_t{64} << 20;
+  auto floats = std::make_shared<Floats>(kFloats);
+  add_benchmark("peak", "reads of 256 MiB", 0, [floats] { read_floats(floats->data(), kFloats); });
 }
 
 }  // namespace bench
 
 int main(int argc, char** argv) {
   bench::add_peaks();
-  bench::add_runtime();
+  bench::add_products();
+  bench::add_float_layers();
+  bench::add_integer_layers();
+  bench::add_conversions();
   bench::add_naive_loops();
 #if BENCH_PEERS
   bench::add_peers();

@@ -15,7 +15,7 @@ constexpr double kCalibrationSeconds = 25e-6;
 constexpr double kBatchSeconds = 1e-3;
 constexpr double kSpeedTolerance = 1.04;
 constexpr uint32_t kKeptBatches = 61;
-constexpr double kPatienceSeconds = 15.0;
+constexpr double kPatienceSeconds = 60.0;
 
 double seconds_of(const std::function<void()>& work) {
   const double start = thread_seconds();
@@ -30,7 +30,7 @@ class Calibration {
     while (run() < kCalibrationSeconds) {
       rounds_ *= 2;
     }
-    std::vector<double> seconds(8000);
+    std::vector<double> seconds(40000);
     for (double& sample : seconds) {
       sample = run();
     }

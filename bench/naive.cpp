@@ -2,7 +2,7 @@
 #include <cmath>
 #include <vector>
 
-#include "bench/workloads.hpp"
+#include "bench/layer.hpp"
 
 namespace bench {
 namespace {
@@ -135,7 +135,7 @@ void add_naive_loops() {
   for (const DenseShape& s : kDenseShapes) {
     auto in = std::make_shared<Floats>(s.inputs), out = std::make_shared<Floats>(s.outputs);
     auto weights = std::make_shared<Floats>(size_t{s.inputs} * s.outputs);
-    add_benchmark(s.name, "naive", 2.0 * s.inputs * s.outputs, [=] {
+    add_benchmark(s.name, "naive", s.operations(), [=] {
       for (uint32_t j = 0; j < s.outputs; ++j) {
         out->data()[j] = dot(weights->data() + size_t{j} * s.inputs, in->data(), s.inputs);
       }

@@ -20,6 +20,10 @@ uint64_t multiply_add_chains(uint64_t rounds) {
   return NNLIB_VECTOR(multiply_add_chains)(rounds);
 }
 
+uint64_t multiply_add_pairs(uint64_t rounds) {
+  return NNLIB_VECTOR(multiply_add_pairs)(rounds);
+}
+
 uint64_t multiply_add_chain(uint64_t rounds) {
   float acc = 0.0f, x = 1.0f, factor = 1.0f;
   BENCH_RENEW(factor);

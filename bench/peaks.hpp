@@ -11,6 +11,10 @@ namespace bench {
 // kernels use (nnlib::vector_allow_wide). Returns the number of floating-point operations.
 uint64_t multiply_add_chains(uint64_t rounds);
 
+// The same for products of 16-bit integers, added in pairs to 32 bits; 0 where the kernels use no
+// instruction for that.
+uint64_t multiply_add_pairs(uint64_t rounds);
+
 // One chain of single numbers, each sum waiting for the one before: what a naive loop does.
 uint64_t multiply_add_chain(uint64_t rounds);
 

@@ -1,5 +1,6 @@
-// The same convolutions and dense layers by oneDNN and XNNPACK, their weights packed beforehand as
-// they like them best.
+// The same convolutions and dense layers by oneDNN (float32) and XNNPACK (float32 and int8), their
+// weights packed beforehand as they like them best.
+#include <cpuinfo.h>
 #include <xnnpack.h>
 
 #include <algorithm>
@@ -8,7 +9,7 @@
 #include <stdexcept>
 #include <unordered_map>
 
-#include "bench/workloads.hpp"
+#include "bench/layer.hpp"
 
 namespace bench {
 namespace {
@@ -72,16 +73,18 @@ std::shared_ptr<Dnnl> dnnl_dense(const DenseShape& s) {
 }
 
 // An XNNPACK operator over buffers of its own. It may read a little past its input.
+template <class T>
 struct Xnn {
   Xnn(size_t in_count, size_t out_count)
-      : in(in_count + XNN_EXTRA_BYTES / sizeof(float)), out(out_count) {}
-  Floats in, out;
+      : in(in_count + XNN_EXTRA_BYTES / sizeof(T)), out(out_count) {}
+  Buffer<T> in, out;
   xnn_operator_t op = nullptr;
 
   void run() { xnn_run_operator(op, nullptr); }
 };
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kScale = 1.0f / 64;
 
 void check(xnn_status status) {
   if (status != xnn_status_success) {
@@ -89,27 +92,61 @@ void check(xnn_status status) {
   }
 }
 
-std::shared_ptr<Xnn> xnn_conv(const ConvShape& s) {
-  auto layer = std::make_shared<Xnn>(s.in_count(), s.out_count());
+// The first arguments of every convolution operator.
+#define CONVOLUTION(s)                                                  \
+  s.pad, s.pad, s.pad, s.pad, s.taps, s.taps, s.stride, s.stride, 1, 1, \
+      s.depthwise() ? s.channels : 1, s.depthwise() ? 1 : s.channels,   \
+      s.depthwise() ? 1 : s.filters, s.channels, s.out_channels()
+
+std::shared_ptr<Xnn<float>> xnn_conv(const ConvShape& s) {
+  auto layer = std::make_shared<Xnn<float>>(s.in_count(), s.out_count());
   const Floats weights(s.weight_count()), bias(s.out_channels());
-  const uint32_t groups = s.depthwise() ? s.channels : 1;
-  check(xnn_create_convolution2d_nhwc_f32(
-      s.pad, s.pad, s.pad, s.pad, s.taps, s.taps, s.stride, s.stride, 1, 1, groups,
-      s.channels / groups, s.out_channels() / groups, s.channels, s.out_channels(), weights.data(),
-      bias.data(), -kInfinity, kInfinity, 0, &layer->op));
+  check(xnn_create_convolution2d_nhwc_f32(CONVOLUTION(s), weights.data(), bias.data(), -kInfinity,
+                                          kInfinity, 0, &layer->op));
   check(xnn_setup_convolution2d_nhwc_f32(layer->op, 1, s.size, s.size, layer->in.data(),
                                          layer->out.data(), nullptr));
   return layer;
 }
 
-std::shared_ptr<Xnn> xnn_dense(const DenseShape& s) {
-  auto layer = std::make_shared<Xnn>(s.inputs, s.outputs);
+std::shared_ptr<Xnn<float>> xnn_dense(const DenseShape& s) {
+  auto layer = std::make_shared<Xnn<float>>(s.inputs, s.outputs);
   const Floats weights(size_t{s.inputs} * s.outputs), bias(s.outputs);
   check(xnn_create_fully_connected_nc_f32(s.inputs, s.outputs, s.inputs, s.outputs, weights.data(),
                                           bias.data(), -kInfinity, kInfinity, 0, &layer->op));
   check(
       xnn_setup_fully_connected_nc_f32(layer->op, 1, layer->in.data(), layer->out.data(), nullptr));
   return layer;
+}
+
+std::shared_ptr<Xnn<int8_t>> xnn_conv_int8(const ConvShape& s) {
+  auto layer = std::make_shared<Xnn<int8_t>>(s.in_count(), s.out_count());
+  const Buffer<int8_t> weights(s.weight_count());
+  const Buffer<int32_t> bias(s.out_channels());
+  const std::vector<float> scales(s.out_channels(), kScale);
+  check(xnn_create_convolution2d_nhwc_qc8(CONVOLUTION(s), 3, kScale, scales.data(), weights.data(),
+                                          bias.data(), 5, 1.0f, -128, 127, 0, &layer->op));
+  check(xnn_setup_convolution2d_nhwc_qc8(layer->op, 1, s.size, s.size, layer->in.data(),
+                                         layer->out.data(), nullptr));
+  return layer;
+}
+
+// It knows no scales for each channel here.
+std::shared_ptr<Xnn<int8_t>> xnn_dense_int8(const DenseShape& s) {
+  auto layer = std::make_shared<Xnn<int8_t>>(s.inputs, s.outputs);
+  const Buffer<int8_t> weights(size_t{s.inputs} * s.outputs);
+  const Buffer<int32_t> bias(s.outputs);
+  check(xnn_create_fully_connected_nc_qs8(s.inputs, s.outputs, s.inputs, s.outputs, 3, kScale,
+                                          kScale, weights.data(), bias.data(), 5, 1.0f, -128, 127,
+                                          0, &layer->op));
+  check(
+      xnn_setup_fully_connected_nc_qs8(layer->op, 1, layer->in.data(), layer->out.data(), nullptr));
+  return layer;
+}
+
+// XNNPACK has no setting for it and takes the widest instructions that cpuinfo found.
+void hold_xnnpack_to_avx2() {
+  cpuinfo_initialize();
+  cpuinfo_isa.avx512f = cpuinfo_isa.avx512bw = cpuinfo_isa.avx512dq = cpuinfo_isa.avx512vl = false;
 }
 
 template <class Peer>
@@ -119,17 +156,20 @@ void add(const char* workload, const char* peer, double operations, std::shared_
 
 }  // namespace
 
+// Both with the instruction set of the runtime.
 void add_peers() {
-  dnnl::set_max_cpu_isa(dnnl::cpu_isa::avx2);  // the instruction set of the runtime
+  dnnl::set_max_cpu_isa(dnnl::cpu_isa::avx2);
+  hold_xnnpack_to_avx2();
   check(xnn_initialize(nullptr));
   for (const ConvShape& s : kConvShapes) {
     add(s.name, "oneDNN", s.operations(), dnnl_conv(s));
     add(s.name, "XNNPACK", s.operations(), xnn_conv(s));
+    add(s.name, "XNNPACK int8", s.operations(), xnn_conv_int8(s));
   }
   for (const DenseShape& s : kDenseShapes) {
-    const double operations = 2.0 * s.inputs * s.outputs;
-    add(s.name, "oneDNN", operations, dnnl_dense(s));
-    add(s.name, "XNNPACK", operations, xnn_dense(s));
+    add(s.name, "oneDNN", s.operations(), dnnl_dense(s));
+    add(s.name, "XNNPACK", s.operations(), xnn_dense(s));
+    add(s.name, "XNNPACK int8", s.operations(), xnn_dense_int8(s));
   }
 }
 

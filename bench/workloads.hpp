@@ -1,46 +1,28 @@
-// What is measured: one list of shapes for the runtime, the naive loops and the peers.
+// What is measured: one list of shapes for all number formats, the naive loops and the peers.
 #ifndef BENCH_WORKLOADS_HPP
 #define BENCH_WORKLOADS_HPP
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <string>
 
 namespace bench {
-
-// Floats from a cache line's start on, for every contestant alike.
-class Floats {
- public:
-  explicit Floats(size_t count);
-
-  float* data() { return data_.get(); }
-  const float* data() const { return data_.get(); }
-  size_t size() const { return size_; }
-
- private:
-  struct Free {
-    void operator()(float* data) const;
-  };
-  std::unique_ptr<float[], Free> data_;
-  size_t size_;
-};
 
 // Square map, kernel, stride and padding. Depthwise when the filters are 0.
 struct ConvShape {
   const char* name;
   uint32_t size, channels, filters, taps, stride, pad;
 
-  bool depthwise() const { return filters == 0; }
-  uint32_t out_channels() const { return depthwise() ? channels : filters; }
-  uint32_t out_size() const { return (size + 2 * pad - taps) / stride + 1; }
-  size_t in_count() const { return size_t{size} * size * channels; }
-  size_t weight_count() const {
+  constexpr bool depthwise() const { return filters == 0; }
+  constexpr uint32_t out_channels() const { return depthwise() ? channels : filters; }
+  constexpr uint32_t out_size() const { return (size + 2 * pad - taps) / stride + 1; }
+  constexpr size_t in_count() const { return size_t{size} * size * channels; }
+  constexpr size_t weight_count() const {
     return size_t{taps} * taps * channels * (depthwise() ? 1 : filters);
   }
-  size_t out_count() const { return size_t{out_size()} * out_size() * out_channels(); }
-  double operations() const {
+  constexpr size_t out_count() const { return size_t{out_size()} * out_size() * out_channels(); }
+  constexpr double operations() const {
     return 2.0 * static_cast<double>(out_count()) * taps * taps * (depthwise() ? 1 : channels);
   }
 };
@@ -48,6 +30,8 @@ struct ConvShape {
 struct DenseShape {
   const char* name;
   uint32_t inputs, outputs;
+
+  constexpr double operations() const { return 2.0 * inputs * outputs; }
 };
 
 struct RecurrentShape {
@@ -64,14 +48,17 @@ inline constexpr DenseShape kDenseShapes[] = {{"dense 1024 to 1024", 1024, 1024}
                                               {"dense 640 to 128", 640, 128}};
 inline constexpr RecurrentShape kRecurrentShape = {50, 32, 64};
 
-// Registers "<workload>/<contestant>", measured with gated batches; operations counts
-// floating-point operations of a call, 0 where they are not the point. wide: with the wide vector
-// instances.
+// Registers "<workload>/<contestant>", measured with gated batches; operations counts the
+// multiplications and additions of a call, 0 where they are not the point. wide: with the wide
+// vector instances.
 void add_benchmark(const std::string& workload, const std::string& contestant, double operations,
                    std::function<void()> call, bool wide = true);
 
 void add_peaks();
-void add_runtime();
+void add_products();      // convolutions and dense layers of the runtime, in every number format
+void add_float_layers();  // its other layers
+void add_integer_layers();
+void add_conversions();
 void add_naive_loops();
 void add_peers();
 

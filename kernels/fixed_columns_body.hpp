@@ -21,6 +21,9 @@ NNLIB_ALWAYS_INLINE __m256i row_end(const q15_t* row, uint32_t length) {
 
 #include "kernels/dot_tile_lanes.hpp"
 
+#include "kernels/column_lanes.hpp"
+#include "kernels/row_lanes.hpp"
+
 #if NNLIB_LANES == 8
 
 // The first `count` of the four elements in the low bytes of quad.
@@ -125,65 +128,96 @@ void multiply_fixed(const Product& product) {
   }
 }
 
-NNLIB_ALWAYS_INLINE void widen_run(const q15_t* from, size_t count, q15_t* to) {
-  std::memcpy(to, from, count * sizeof(q15_t));
-}
-NNLIB_ALWAYS_INLINE void widen_run(const q7_t* from, size_t count, q15_t* to) {
-  size_t i = 0;
-#if NNLIB_LANES == 8
-  for (; i + 16 <= count; i += 16) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + i), load_bytes(from + i));
-  }
-  for (; i < count && count >= 8; i += 8) {  // the last eight go back over what is done
-    i = i + 8 <= count ? i : count - 8;
-    const __m128i eight = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from + i));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + i), _mm_cvtepi8_epi16(eight));
-  }
-#endif
-  for (; i < count; ++i) {
-    to[i] = from[i];
-  }
-}
-
-// What output pixel (x, y) sees, in the order kernel row, kernel column, channel; padding is 0.
 template <class T>
-NNLIB_ALWAYS_INLINE void gather_column(const FixedConv<T>& conv, const Window& rows,
-                                       const Window& columns, q15_t* column) {
-  const ConvGeometry& g = conv.geometry;
-  if (rows.count != g.kernel_height || columns.count != g.kernel_width) {
-    std::memset(column, 0, g.column_length() * sizeof(q15_t));
+struct FixedWholeRows {
+  const FixedRows<T>& rows;
+  T* out;
+  void operator()(const q15_t* columns, uint32_t pixels, size_t pixel) const {
+    multiply_fixed(FixedProduct<T, T>{rows, columns, pixels, out + pixel * rows.count});
   }
-  if (rows.empty() || columns.empty()) {
-    return;
-  }
-  const T* in = conv.in + (size_t{rows.begin} * g.in_width + columns.begin) * g.in_channels;
-  const size_t row_length = size_t{g.kernel_width} * g.in_channels;
-  column += rows.tap * row_length + size_t{columns.tap} * g.in_channels;
-  for (uint32_t m = 0; m < rows.count; ++m, column += row_length) {
-    widen_run(in, size_t{columns.count} * g.in_channels, column);
-    in += size_t{g.in_width} * g.in_channels;
-  }
-}
+};
 
-// Pixels in row-major order, `columns` at a time, one left over at the end alone.
+#if NNLIB_LANES == 8
+
+// A block of weight rows and what becomes of their sums.
+template <uint32_t kVectors, class T>
+struct FixedRowLanes {
+  FixedRowLanes(const FixedRows<T>& all, uint32_t first_row, T* to)
+      : count(std::min(all.count - first_row, kVectors * 8)),
+        pitch(all.count),
+        out(to + first_row),
+        out_shift(_mm_cvtsi32_si128(static_cast<int>(all.shifts.out & 31))),
+        rows(
+            count, all.length,
+            [&](uint32_t r) {
+              return static_cast<int32_t>(fixed_start(all.bias, first_row + r, all.shifts));
+            },
+            [&](uint32_t r, uint32_t k) {
+              return int16_t{all.weights[size_t{first_row + r} * all.length + k]};
+            }) {}
+
+  // Eight sums to the low or the high half of a vector's elements.
+  NNLIB_ALWAYS_INLINE void finish(const __m256i (&sums)[kVectors], size_t pixel) const {
+    T elements[kVectors * 8];
+    NNLIB_UNROLL
+    for (uint32_t v = 0; v < kVectors; ++v) {
+      const __m256i shifted = _mm256_sra_epi32(sums[v], out_shift);
+      const __m128i words =
+          _mm_packs_epi32(_mm256_castsi256_si128(shifted), _mm256_extracti128_si256(shifted, 1));
+      if constexpr (sizeof(T) == 1) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(elements + v * 8),
+                         _mm_packs_epi16(words, words));
+      } else {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(elements + v * 8), words);
+      }
+    }
+    if (count == kVectors * 8) {
+      std::memcpy(out + pixel * pitch, elements, sizeof(elements));
+    } else {
+      std::memcpy(out + pixel * pitch, elements, count * sizeof(T));
+    }
+  }
+
+  template <uint32_t kPixels>
+  NNLIB_ALWAYS_INLINE void multiply_pixels(const q15_t* columns, size_t pixel) const {
+    __m256i sums[kPixels][kVectors];
+    rows.template multiply<kPixels>(columns, sums);
+    NNLIB_UNROLL
+    for (uint32_t p = 0; p < kPixels; ++p) {
+      finish(sums[p], pixel + p);
+    }
+  }
+
+  NNLIB_ALWAYS_INLINE void operator()(const q15_t* columns, uint32_t pixels, size_t pixel) const {
+    if (pixels == 2) {
+      multiply_pixels<2>(columns, pixel);
+    } else {
+      multiply_pixels<1>(columns, pixel);
+    }
+  }
+
+  uint32_t count;
+  uint32_t pitch;
+  T* out;
+  __m128i out_shift;
+  RowLanes<kVectors> rows;
+};
+
+#endif
+
+// Pixels in row-major order, `columns` at a time.
 template <class T>
 void convolve_fixed(const FixedConv<T>& conv, uint32_t columns, q15_t* scratch) {
   const ConvGeometry& g = conv.geometry;
   const FixedRows<T> rows{conv.weights, conv.bias, g.out_channels, g.column_length(), conv.shifts};
-  T* out = conv.out;
-  uint32_t held = 0;
-  for (uint32_t y = 0; y < g.out_height; ++y) {
-    const Window window_rows = g.rows(y);
-    for (uint32_t x = 0; x < g.out_width; ++x) {
-      gather_column(conv, window_rows, g.columns(x), scratch + size_t{held} * rows.length);
-      if (++held == columns) {
-        multiply_fixed(FixedProduct<T, T>{rows, scratch, columns, out});
-        out += size_t{columns} * rows.count;
-        held = 0;
-      }
-    }
+#if NNLIB_LANES == 8
+  const auto part = [&](auto vectors, uint32_t row) {
+    for_columns(g, conv.in, 0, 0, scratch, columns,
+                FixedRowLanes<vectors(), T>(rows, row, conv.out));
+  };
+  if (for_row_lanes(rows.count, rows.length, g.pixels(), part)) {
+    return;
   }
-  if (held != 0) {
-    multiply_fixed(FixedProduct<T, T>{rows, scratch, held, out});
-  }
+#endif
+  for_columns(g, conv.in, 0, 0, scratch, columns, FixedWholeRows<T>{rows, conv.out});
 }

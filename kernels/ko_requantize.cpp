@@ -1,5 +1,6 @@
 #include "kernels/ko_requantize.h"
 
+#include <algorithm>
 #include <cmath>
 
 extern "C" {
@@ -9,16 +10,15 @@ int32_t align_factor(float scale, uint16_t* shift) {
   if (!(scale > 0.0f) || std::isinf(scale)) {
     return 0;
   }
-  uint16_t doublings = 0;  // modulo 2^16: halvings count backwards
-  for (; scale < 0.5f; scale *= 2.0f) {
-    ++doublings;
+  int exponent;
+  float multiplier = std::frexp(scale, &exponent);  // 0.5 <= multiplier < 1
+  if (multiplier == 0.5f && exponent > 0) {  // from 1 on, powers of two have the multiplier 1
+    multiplier = 1.0f;
+    --exponent;
   }
-  for (; scale > 1.0f; scale *= 0.5f) {
-    --doublings;
-  }
-  *shift = doublings;
-  const auto multiplier = static_cast<int64_t>(scale * 2147483648.0f);
-  return multiplier > INT32_MAX ? INT32_MAX : static_cast<int32_t>(multiplier);
+  *shift = static_cast<uint16_t>(-exponent);  // modulo 2^16: halvings count backwards
+  return static_cast<int32_t>(
+      std::min(static_cast<uint32_t>(multiplier * 2147483648.0f), uint32_t{INT32_MAX}));
 }
 
 void align_factor_ch(float in_scale, float out_scale, const float* wt_scale, uint16_t channels,

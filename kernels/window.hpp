@@ -18,25 +18,41 @@ struct Window {
   constexpr uint32_t end() const { return begin + count; }  // of a window without dilation
 };
 
-// A window of taps positions from start on, dilation apart (at least 1), on a map of extent
-// positions. It may begin before the map or lie wholly outside.
-constexpr Window clip_taps(int64_t start, uint32_t taps, uint32_t extent, uint32_t dilation = 1) {
-  const auto taps_before = [dilation](int64_t distance) {
-    return distance > 0 ? (distance + dilation - 1) / dilation : int64_t{0};
-  };
-  const int64_t first = taps_before(-start);
-  const int64_t last = std::min(taps_before(extent - start), int64_t{taps});
+// A window of taps neighbouring positions from start on, on a map of extent positions. It may begin
+// before the map or lie wholly outside.
+constexpr Window clip_run(int64_t start, uint32_t taps, uint32_t extent) {
+  const int64_t first = std::max(-start, int64_t{0});
+  const int64_t last = std::min(extent - start, int64_t{taps});
   if (first >= last) {
     return {0, 0, 0};
   }
-  return {static_cast<uint32_t>(start + first * dilation), static_cast<uint32_t>(first),
+  return {static_cast<uint32_t>(start + first), static_cast<uint32_t>(first),
           static_cast<uint32_t>(last - first)};
+}
+
+// The same for positions dilation apart (at least 1; taps * dilation below 2^32).
+constexpr Window clip_taps(int64_t start, uint32_t taps, uint32_t extent, uint32_t dilation) {
+  if (dilation == 1) {
+    return clip_run(start, taps, extent);
+  }
+  const auto taps_before = [dilation](int64_t distance) -> uint32_t {
+    if (distance <= 0) {
+      return 0;
+    }
+    return static_cast<uint32_t>(std::min<int64_t>(distance - 1, UINT32_MAX)) / dilation + 1;
+  };
+  const uint32_t first = taps_before(-start);
+  const uint32_t last = std::min(taps_before(extent - start), taps);
+  if (first >= last) {
+    return {0, 0, 0};
+  }
+  return {static_cast<uint32_t>(start + int64_t{first} * dilation), first, last - first};
 }
 
 // The window of one output position: it starts at index * stride - pad. Pads may exceed it.
 constexpr Window clip_window(uint32_t index, uint32_t stride, uint32_t pad, uint32_t taps,
-                             uint32_t extent, uint32_t dilation = 1) {
-  return clip_taps(int64_t{index} * stride - pad, taps, extent, dilation);
+                             uint32_t extent) {
+  return clip_run(int64_t{index} * stride - pad, taps, extent);
 }
 
 }  // namespace nnlib

@@ -174,7 +174,8 @@ TEST(WindowTest, HoldsTheTapsInsideTheMap) {
         inside.push_back(tap);
       }
     }
-    const nnlib::Window window = nnlib::clip_window(index, stride, pad, taps, extent, dilation);
+    const int64_t start = int64_t{index} * stride - pad;
+    const nnlib::Window window = nnlib::clip_taps(start, taps, extent, dilation);
     ASSERT_EQ(inside.size(), window.count) << seed;
     if (!inside.empty()) {
       EXPECT_EQ(inside[0], window.tap) << seed;
