@@ -60,10 +60,12 @@ void depthwise_pixel(const Depthwise<Types>& d, uint32_t x, uint32_t y, uint32_t
 
 constexpr uint32_t kMostTaps = 64;
 
-// The taps of eight channels at one pixel: where they are, and their weights.
+// The taps of eight channels at one pixel: where they are, in elements from the first one, and
+// their weights. A lone last tap is its own partner, with zero weights.
 struct Taps {
   uint32_t count;
-  size_t inside[kMostTaps];  // elements from the first tap of a window inside the map
+  size_t inside[kMostTaps];    // of a window inside the map
+  size_t gathered[kMostTaps];  // of a copied one
   __m256i weights[kMostTaps / 2];
 };
 
@@ -124,22 +126,24 @@ void depthwise_row(const Depthwise<Types>& d, uint32_t y, uint32_t channel, Taps
       bias, _mm256_mullo_epi32(weight_sum, _mm256_set1_epi32(d.quantization.in_zeropoint)));
   const Requantizer to_output = requantizer<8>(d.quantization, channel, 8);
 
-  const Window rows = d.g.rows(y);
-  for (uint32_t x = 0; x < d.g.out_width; ++x, out += d.order.channels) {
-    const Window columns = d.g.columns(x);
-    const bool inside = rows.count == d.g.kernel_height && columns.count == d.g.kernel_width;
-    const auto* first =
-        d.in + (size_t{rows.begin} * d.g.in_width + columns.begin) * d.order.channels + channel;
+  const ConvGeometry g = d.g;  // a copy, which no store can change
+  const size_t channels = d.order.channels;
+  const uint32_t count = taps.count;
+  const Window rows = g.rows(y);
+  const auto* row = d.in + size_t{rows.begin} * g.in_width * channels + channel;
+  for (uint32_t x = 0; x < g.out_width; ++x, out += channels) {
+    const Window columns = g.columns(x);
+    const bool inside = rows.count == g.kernel_height && columns.count == g.kernel_width;
+    const auto* first = row + columns.begin * channels;
+    const size_t* offsets = taps.inside;
     if (!inside) {
-      gather_window(d, rows, columns, channel, taps.count);
+      gather_window(d, rows, columns, channel, count);
       first = d.window;
+      offsets = taps.gathered;
     }
     __m256i sum = start;
-    for (uint32_t k = 0; k < taps.count; k += 2) {
-      const uint32_t second = std::min(k + 1, taps.count - 1);
-      const __m256i values = inside
-                                 ? pair_of_taps(first + taps.inside[k], first + taps.inside[second])
-                                 : pair_of_taps(first + k * 8, first + second * 8);
+    for (size_t k = 0; k < count; k += 2) {
+      const __m256i values = pair_of_taps(first + offsets[k], first + offsets[k + 1]);
       sum = _mm256_add_epi32(sum, _mm256_madd_epi16(values, taps.weights[k / 2]));
     }
     store_quads(to_output(sum), out, 4, out + 4, 4);
@@ -154,9 +158,11 @@ uint32_t depthwise_blocks(const Depthwise<Types>& d, uint32_t y, typename Types:
   }
   Taps taps;
   taps.count = d.order.taps;
-  for (uint32_t k = 0; k < taps.count; ++k) {
-    const size_t row = k / d.g.kernel_width;
-    taps.inside[k] = (row * d.g.in_width + k % d.g.kernel_width) * d.order.channels;
+  for (uint32_t k = 0; k < ((taps.count + 1) & ~1u); ++k) {
+    const uint32_t tap = std::min(k, taps.count - 1);
+    const size_t row = tap / d.g.kernel_width;
+    taps.inside[k] = (row * d.g.in_width + tap % d.g.kernel_width) * d.order.channels;
+    taps.gathered[k] = size_t{tap} * 8;
   }
   const uint32_t channels = d.order.channels & ~7u;
   for (uint32_t c = 0; c < channels; c += 8) {
