@@ -44,14 +44,18 @@
 #include <immintrin.h>
 #endif
 
+// NNLIB_INDEPENDENT: no iteration of the loop depends on what another stores.
 #if defined(__clang__)
 #define NNLIB_UNROLL _Pragma("clang loop unroll(full)")
+#define NNLIB_INDEPENDENT _Pragma("clang loop vectorize(assume_safety)")
 #define NNLIB_ALWAYS_INLINE inline __attribute__((always_inline))
 #elif defined(__GNUC__)
 #define NNLIB_UNROLL _Pragma("GCC unroll 16")  // at -O2 nothing else keeps a block in registers
+#define NNLIB_INDEPENDENT _Pragma("GCC ivdep")
 #define NNLIB_ALWAYS_INLINE inline __attribute__((always_inline))
 #else
 #define NNLIB_UNROLL
+#define NNLIB_INDEPENDENT
 #define NNLIB_ALWAYS_INLINE inline
 #endif
 

@@ -2,37 +2,37 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 
 #include "core/scalar_ops.hpp"
+#include "kernels/vector.hpp"
 #include "layers/layer_tensors.hpp"
 
 namespace {
 
 using nnlib::Ops;
 
-// Elements taken at a time: arithmetic becomes vector instructions, library calls stay single.
-constexpr ai_size kVector = 8;
+// Elements taken at a time: where there are vectors, arithmetic becomes instructions on them;
+// library calls stay single.
+constexpr ai_size kVector = NNLIB_VECTOR_LANES > 1 ? 64 : 1;
 constexpr ai_size kSingle = 1;
 
-// out[i] = op(in[i], i) from the last element to the first. A block is read as a whole before it is
-// written, which is the same as one by one unless out lies less than a block below in.
+// out[i] = op(in[i], i) from the last element to the first. The elements of a block are independent
+// unless in and out overlap within less than one.
 template <ai_size Block, class Op>
 void map(ai_array* out_array, const ai_array* in_array, ai_size size, Op op) {
   float* out = static_cast<float*>(out_array->data);
   const float* in = static_cast<const float*>(in_array->data);
-  float block[Block];
-  float results[Block];
-  const uintptr_t lead = reinterpret_cast<uintptr_t>(in) - reinterpret_cast<uintptr_t>(out);
-  if (Block > 1 && (lead == 0 || lead >= sizeof(block))) {
-    for (; size >= Block; size -= Block) {
-      const ai_size start = size - Block;
-      std::memcpy(block, in + start, sizeof(block));
-#pragma GCC unroll 1  // unrolled, GCC would not vectorise it
-      for (ai_size k = 0; k < Block; ++k) {
-        results[k] = op(block[k], start + k);
+  if constexpr (Block > 1) {
+    const uintptr_t lead = reinterpret_cast<uintptr_t>(in) - reinterpret_cast<uintptr_t>(out);
+    const uintptr_t distance = std::min(lead, uintptr_t{0} - lead);
+    if (distance == 0 || distance >= Block * sizeof(float)) {
+      for (; size >= Block; size -= Block) {
+        const ai_size start = size - Block;
+        NNLIB_INDEPENDENT
+        for (ai_size k = 0; k < Block; ++k) {
+          out[start + k] = op(in[start + k], start + k);
+        }
       }
-      std::memcpy(out + start, results, sizeof(results));
     }
   }
   for (; size > 0; --size) {
