@@ -37,7 +37,7 @@ void float_to_integer(const float* in, const ai_tensor& output, ai_size count) {
     int8_t* out = tensor_data<int8_t>(output);
     for (ai_size i = 0; i < count; ++i) {
       const float value = in[i] / scale + zero_point;
-      out[i] = saturate<int8_t>(value >= 0.0f ? value + 0.5f : value - 0.5f);
+      out[i] = saturate<int8_t>(value + std::copysign(0.5f, value));
     }
   } else {
     uint8_t* out = tensor_data<uint8_t>(output);

@@ -1,13 +1,14 @@
 #include "kernels/arm_convert.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "kernels/saturate.hpp"
 
 namespace {
 
 float away_from_zero(float value) {
-  return value > 0.0f ? value + 0.5f : value - 0.5f;
+  return value + std::copysign(0.5f, value);
 }
 
 bool fits_32_bits(float value) {

@@ -2,6 +2,7 @@
 #ifndef NNLIB_KERNELS_ROUND_QUANTIZED_HPP
 #define NNLIB_KERNELS_ROUND_QUANTIZED_HPP
 
+#include <cmath>
 #include <type_traits>
 
 #include "kernels/saturate.hpp"
@@ -11,8 +12,7 @@ namespace nnlib {
 // uint8: plus 0.5, cut off; int8: halves away from zero. Saturated.
 template <class T>
 T round_quantized(float value) {
-  const bool down = std::is_signed_v<T> && value < 0.0f;
-  return saturate<T>(down ? value - 0.5f : value + 0.5f);
+  return saturate<T>(value + (std::is_signed_v<T> ? std::copysign(0.5f, value) : 0.5f));
 }
 
 }  // namespace nnlib
