@@ -340,6 +340,7 @@ TYPED_TEST(IntegerKernels, ConvolutionsEqualTheFormula) {
       {3, 2, 8, 2, 5, 5, 2, 2, 1, 1, 3, 2},   {4, 3, 1, 8, 1, 2, 3, 3, 2, 2, 5, 4},  // outside
       {5, 5, 64, 9, 2, 2, 0, 0, 1, 1, 4, 4},  {3, 2, 257, 3, 3, 3, 1, 1, 2, 1, 2, 2},
       {5, 4, 29, 18, 3, 3, 1, 1, 1, 1, 5, 4}, {1, 1, 15, 6, 1, 1, 0, 0, 1, 1, 1, 1},
+      {7, 5, 5, 35, 1, 3, 0, 1, 1, 1, 7, 5},
   };
   for (const Shape& shape : shapes) {
     this->check_columns(Problem<TypeParam>(shape, false), false);
