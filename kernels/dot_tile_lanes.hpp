@@ -1,6 +1,6 @@
 // Dot products of 8-bit weight rows with 16-bit columns, eight at a time: four rows by two columns,
 // or eight rows by one. For kernel bodies (vector.hpp), which include it into their namespace after
-// including <immintrin.h> outside. Sums wrap, so their order is free.
+// including <immintrin.h> and dual_mac.hpp outside. Sums wrap, so their order is free.
 //
 //   const Columns<2> columns(values, length);             // two columns, one behind the other
 //   const Tile sums = dot_tile<2>(rows, columns);         // rows: four pointers
@@ -150,7 +150,24 @@ void dot_block(const Weight* row0, const Weight* row1, const Columns<kPixels>& c
   const int16_t* column0 = columns.data;
   const int16_t* column1 = columns.data + (kPixels - 1) * columns.length;
   uint32_t sum00 = 0, sum01 = 0, sum10 = 0, sum11 = 0;  // column, row
-  for (uint32_t k = 0; k < columns.length; ++k) {
+#if NNLIB_DUAL_MAC
+  for (uint32_t k = columns.length / 4; k > 0; --k, column0 += 4, column1 += 4) {
+    const TwoPairs weights0 = take_pairs(row0);
+    const TwoPairs weights1 = take_pairs(row1);
+    const uint32_t first0 = load_pair(column0), second0 = load_pair(column0 + 2);
+    sum00 = dual_mac(weights0.second, second0, dual_mac(weights0.first, first0, sum00));
+    sum01 = dual_mac(weights1.second, second0, dual_mac(weights1.first, first0, sum01));
+    if constexpr (kPixels == 2) {
+      const uint32_t first1 = load_pair(column1), second1 = load_pair(column1 + 2);
+      sum10 = dual_mac(weights0.second, second1, dual_mac(weights0.first, first1, sum10));
+      sum11 = dual_mac(weights1.second, second1, dual_mac(weights1.first, first1, sum11));
+    }
+  }
+  const uint32_t rest = columns.length % 4;
+#else
+  const uint32_t rest = columns.length;
+#endif
+  for (uint32_t k = 0; k < rest; ++k) {
     const int16_t weight0 = row0[k];
     const int16_t weight1 = row1[k];
     sum00 += static_cast<uint32_t>(weight0 * column0[k]);

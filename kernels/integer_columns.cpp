@@ -1,5 +1,6 @@
 #include "kernels/integer_columns.hpp"
 
+#include "kernels/dual_mac.hpp"
 #include "kernels/vector.hpp"
 
 #if NNLIB_VECTOR_WIDE
