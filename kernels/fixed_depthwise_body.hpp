@@ -18,16 +18,32 @@ struct DepthwisePixel {
   }
 };
 
-inline void depthwise_channel(const DepthwisePixel& pixel, uint32_t channel, uint32_t multiplier,
-                              q7_t* out) {
+// kCount output channels from `channel` on, and as many input channels from in_channel on.
+template <uint32_t kCount>
+void depthwise_channels(const DepthwisePixel& pixel, uint32_t in_channel, uint32_t channel,
+                        q7_t* out) {
   const FixedConv<q7_t>& conv = pixel.conv;
-  uint32_t sum = fixed_start(conv.bias, channel, conv.shifts);
+  uint32_t sums[kCount];
+  NNLIB_UNROLL
+  for (uint32_t i = 0; i < kCount; ++i) {
+    sums[i] = fixed_start(conv.bias, channel + i, conv.shifts);
+  }
   for (uint32_t m = 0; m < pixel.rows.count; ++m) {
-    for (uint32_t n = 0; n < pixel.columns.count; ++n) {
-      sum += fixed_product(pixel.input(m, n)[channel / multiplier], pixel.weights(m, n)[channel]);
+    const q7_t* in = pixel.input(m, 0) + in_channel;
+    const q7_t* weights = pixel.weights(m, 0) + channel;
+    for (uint32_t n = pixel.columns.count; n > 0; --n) {
+      NNLIB_UNROLL
+      for (uint32_t i = 0; i < kCount; ++i) {
+        sums[i] += fixed_product(in[i], weights[i]);
+      }
+      in += conv.geometry.in_channels;
+      weights += conv.geometry.out_channels;
     }
   }
-  out[channel] = fixed_finish<q7_t>(sum, conv.shifts);
+  NNLIB_UNROLL
+  for (uint32_t i = 0; i < kCount; ++i) {
+    out[channel + i] = fixed_finish<q7_t>(sums[i], conv.shifts);
+  }
 }
 
 #if NNLIB_LANES == 8
@@ -96,8 +112,11 @@ inline void convolve_channels(const FixedConv<q7_t>& conv) {
         depthwise_block(pixel, std::min(channel, g.out_channels - kBlock), out);
       }
 #endif
+      for (; multiplier == 1 && channel + 4 <= g.out_channels; channel += 4) {
+        depthwise_channels<4>(pixel, channel, channel, out);
+      }
       for (; channel < g.out_channels; ++channel) {
-        depthwise_channel(pixel, channel, multiplier, out);
+        depthwise_channels<1>(pixel, channel / multiplier, channel, out);
       }
     }
   }
