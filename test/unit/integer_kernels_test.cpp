@@ -30,22 +30,27 @@ int32_t random_between(int32_t low, int32_t high) {
 
 // --- requantization -------------------------------------------------------------------------
 
+#if defined(__SIZEOF_INT128__)
 __extension__ typedef __int128 Wide;
+#else
+typedef int64_t Wide;  // just enough
+#endif
 
 Wide floor_shift(Wide value, int bits) {
   const Wide unit = Wide{1} << bits;
   return (value - ((value % unit + unit) % unit)) / unit;
 }
 
-// The statement of ko_requantize.h. Beyond 100 bits a shift leaves nothing either way.
+// The statement of ko_requantize.h. Beyond 60 bits a shift leaves nothing either way.
 int64_t requantize_model(int32_t acc, int32_t multiplier, int32_t shift, int32_t zeropoint) {
-  const int left = shift > 0 ? 1 : std::min(1 - shift, 64);
-  const auto t = static_cast<int32_t>(static_cast<uint32_t>(Wide{acc} * (Wide{1} << left)));
+  const int left = shift > 0 ? 1 : std::min(1 - shift, 32);
+  const auto t =
+      static_cast<int32_t>(static_cast<uint32_t>(uint64_t{static_cast<uint32_t>(acc)} << left));
   const Wide product = Wide{t} * multiplier;
   if (shift <= 0) {
     return static_cast<int64_t>(floor_shift(product + (Wide{1} << 31), 32) + zeropoint);
   }
-  const int right = std::min(shift, 100);
+  const int right = std::min(shift, 60);
   return static_cast<int64_t>(
       floor_shift(floor_shift(product, 32) + (Wide{1} << (right - 1)), right) + zeropoint);
 }

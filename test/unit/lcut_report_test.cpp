@@ -12,7 +12,7 @@ const std::string kLong =
     "abcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwx-104-abcdefghijklmnopqr";
 
 Outcome run(const std::string& argument) {
-  return run_program("'" LCUT_FAILING_PROGRAM "' " + argument);
+  return run_program(LCUT_FAILING_PROGRAM " " + argument);
 }
 
 std::string missing_symbol(const std::string& line) {

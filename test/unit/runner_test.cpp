@@ -18,7 +18,7 @@ void expect_run(int failing, int status, const std::string& milliseconds) {
   expected +=
       "[Timer NN library test unit - main timer] Total time: " + milliseconds + " (ms)\r\n\r\n";
   const Outcome outcome = run_program("FAILING_CASES=" + std::to_string(failing) +
-                                      " '" RUNNER_FAILING_PROGRAM "' ignored arguments");
+                                      " " RUNNER_FAILING_PROGRAM " ignored arguments");
   EXPECT_EQ(outcome.output, expected);
   EXPECT_EQ(outcome.status, status);
 }
