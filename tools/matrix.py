@@ -19,7 +19,9 @@ TARGETS = ["m0", "m0-big", "m3-guarded", "m4f", "m7f", "m33", "m55", "rv32", "aa
            "mips-be", "s390x-be"]
 BUILD_TYPES = {"-O2": "Release", "-Os": "MinSizeRel"}
 HEADINGS = ["target", "optimisation", "tests", "cases", "failed", "image", "static RAM", "stack",
-            "heap"]
+            "heap", "instructions per MAC"]
+sys.path.append(str(ROOT / "tools" / "instructions"))
+import count  # noqa: E402
 
 
 def build(target, build_type):
@@ -39,6 +41,15 @@ def number(pattern, text):
     return int(found.group(1)) if found else None
 
 
+def instructions(target, directory):
+    """Of the first layer that is counted, in each type."""
+    if target not in count.MACHINES:
+        return "-"
+    counts = count.count(target, directory)
+    first = next(iter(counts))[0]
+    return ", ".join("%.1f" % n for (layer, _), n in counts.items() if layer == first)
+
+
 def row(target, optimisation):
     directory = build(target, BUILD_TYPES[optimisation])
     run = subprocess.run(["ctest", "-V", "--timeout", "120"], cwd=directory, capture_output=True,
@@ -56,7 +67,8 @@ def row(target, optimisation):
                code + data, data + bss, number(r"\[Board\].* stack (\d+)", text),
                number(r"\[Board\].* heap (\d+)", text)]
     tests = "%d of %s" % (int(total) - int(passed), total)
-    return [target, optimisation, tests] + ["-" if f is None else str(f) for f in figures]
+    return ([target, optimisation, tests] + ["-" if f is None else str(f) for f in figures]
+            + [instructions(target, directory)])
 
 
 def cells(line):

@@ -24,10 +24,10 @@ def run(*command, **options):
     return done.stdout
 
 
-def count(target, plugin):
-    """{(layer, type): instructions per multiply-accumulate}"""
-    directory = ROOT / "build" / target
-    run("cmake", "--preset", target, "-B", directory)
+def count(target, directory):
+    """{(layer, type): instructions per multiply-accumulate} of a target's configured build"""
+    plugin = ROOT / "build" / "region_counter.so"
+    run("gcc", "-O2", "-shared", "-fPIC", "-o", plugin, HERE / "region_counter.c")
     run("cmake", "--build", directory, "-j2", "--target", "count_layers")
     program = next(directory.glob("**/count_layers.elf"))
     # Without the lowest bit, which tells of Thumb code.
@@ -44,10 +44,11 @@ def count(target, plugin):
 
 
 def main():
-    plugin = ROOT / "build" / "region_counter.so"
-    plugin.parent.mkdir(exist_ok=True)
-    run("gcc", "-O2", "-shared", "-fPIC", "-o", plugin, HERE / "region_counter.c")
-    counts = {target: count(target, plugin) for target in MACHINES}
+    counts = {}
+    for target in MACHINES:
+        directory = ROOT / "build" / target
+        run("cmake", "--preset", target, "-B", directory)
+        counts[target] = count(target, directory)
     lines = [["layer", "type"] + list(MACHINES), ["---", "---"] + ["---:"] * len(MACHINES)]
     for key in next(iter(counts.values())):
         lines.append(list(key) + ["%.2f" % counts[target][key] for target in MACHINES])
