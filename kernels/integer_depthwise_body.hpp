@@ -11,11 +11,22 @@ struct Depthwise {
   typename Types::Activation* window;  // in the wide instance: taps * 8 values
 };
 
+// Adds the products of one tap; kStep: the distance of its weights.
+template <size_t kStep, uint32_t kChannels, class Activation>
+NNLIB_ALWAYS_INLINE void add_tap(const Activation* in, const int16_t* weights, int32_t zeropoint,
+                                 uint32_t (&sums)[kChannels]) {
+  NNLIB_UNROLL
+  for (uint32_t i = 0; i < kChannels; ++i) {
+    sums[i] += static_cast<uint32_t>(weights[i * kStep] * (in[i] - zeropoint));
+  }
+}
+
 // One pixel's outputs of a block of four channels, or of one of the channels behind the blocks.
 template <uint32_t kChannels, class Types>
 void depthwise_outputs(const Depthwise<Types>& d, const Window& rows, const Window& columns,
                        uint32_t channel, typename Types::Activation* out) {
   const size_t channels = d.order.channels;
+  const int32_t zeropoint = d.quantization.in_zeropoint;
   const int16_t* weights = d.weights + d.order.index(channel, 0);
   const uint32_t paired = kChannels == 1 ? 0 : d.order.taps & ~1u;
   uint32_t sums[kChannels] = {};
@@ -24,16 +35,14 @@ void depthwise_outputs(const Depthwise<Types>& d, const Window& rows, const Wind
         d.in + (size_t{rows.begin + ky} * d.g.in_width + columns.begin) * channels + channel;
     const uint32_t row_tap = (rows.tap + ky) * d.g.kernel_width + columns.tap;
     for (uint32_t tap = row_tap; tap < row_tap + columns.count; ++tap, in += channels) {
-      const bool in_pair = tap < paired;
-      const int16_t* weight =
-          weights + (in_pair ? (tap & ~1u) * kChannels + (tap & 1) : tap * kChannels);
-      const size_t step = in_pair ? 2 : 1;
-      for (uint32_t i = 0; i < kChannels; ++i) {
-        const int32_t value = in[i] - d.quantization.in_zeropoint;
-        sums[i] += static_cast<uint32_t>(weight[i * step] * value);
+      if (tap < paired) {
+        add_tap<2>(in, weights + (tap & ~1u) * kChannels + (tap & 1), zeropoint, sums);
+      } else {
+        add_tap<1>(in, weights + tap * kChannels, zeropoint, sums);
       }
     }
   }
+  NNLIB_UNROLL
   for (uint32_t i = 0; i < kChannels; ++i) {
     const int32_t start = d.bias != nullptr ? d.bias[channel + i] : 0;
     out[channel + i] =

@@ -11,16 +11,17 @@
 namespace nnlib {
 
 inline int32_t requantize(int32_t acc, int32_t multiplier, int32_t shift, int32_t zeropoint) {
-  const int32_t left = shift > 0 ? 1 : 1 - shift;
-  const uint32_t shifted = left < 32 ? static_cast<uint32_t>(acc) << left : 0u;
-  const int64_t product = int64_t{static_cast<int32_t>(shifted)} * multiplier;
-  if (shift <= 0) {
-    return static_cast<int32_t>((product + (INT64_C(1) << 31)) >> 32) + zeropoint;
+  const auto times = [multiplier](uint32_t factor) {
+    return int64_t{static_cast<int32_t>(factor)} * multiplier;
+  };
+  if (shift > 0) {
+    // The high word is within 2^30, so that nothing overflows, and shifts from 31 on leave 0.
+    const int32_t high = static_cast<int32_t>(times(static_cast<uint32_t>(acc) << 1) >> 32);
+    const int32_t right = std::min(shift, int32_t{31});
+    return ((high + (int32_t{1} << (right - 1))) >> right) + zeropoint;
   }
-  // |product| <= 2^62: from 32 on every shift leaves nothing of the rounded product.
-  const int32_t right = std::min(shift, int32_t{32});
-  const int64_t rounded = (product >> 32) + (INT64_C(1) << (right - 1));
-  return static_cast<int32_t>(rounded >> right) + zeropoint;
+  const uint32_t shifted = shift > -31 ? static_cast<uint32_t>(acc) << (1 - shift) : 0;
+  return static_cast<int32_t>((times(shifted) + (INT64_C(1) << 31)) >> 32) + zeropoint;
 }
 
 // The output of an output channel.
