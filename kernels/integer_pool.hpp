@@ -43,29 +43,73 @@ struct IntegerSum {
   static constexpr Sum fold(Sum sum, T cell) {
     return sum + cell;
   }
-  // Toward zero.
-  template <class T, class Sum>
-  static constexpr T divide(Sum sum, Sum cells) {
+  // Toward zero; the quotients are Ts.
+  template <class T>
+  static constexpr T divide(int32_t sum, uint32_t cells) {
+    const int32_t divisor = static_cast<int32_t>(cells);
 #if NNLIB_VECTOR_LANES > 1
     // There is no vector division of integers. Below 2^24 a float holds both, and a quotient
     // below 2^8 is 1 / cells, more than its rounding, away from the next whole number.
-    if constexpr (sizeof(T) == 1 && sizeof(Sum) == 4) {
+    if constexpr (sizeof(T) == 1) {
       return static_cast<T>(
-          static_cast<int32_t>(static_cast<float>(sum) / static_cast<float>(cells)));
+          static_cast<int32_t>(static_cast<float>(sum) / static_cast<float>(divisor)));
     }
 #endif
-    return static_cast<T>(sum / cells);
+    return static_cast<T>(sum / divisor);
+  }
+  // Bit by bit: on a small core the library's division of 64 bits is larger than all of the
+  // pooling.
+  template <class T>
+  static constexpr T divide(int64_t sum, uint32_t cells) {
+    uint64_t rest = static_cast<uint64_t>(sum < 0 ? -sum : sum);
+    uint64_t part = uint64_t{cells} << 15;
+    int32_t quotient = 0;
+    for (int bit = 0; bit < 16; ++bit, part >>= 1) {
+      quotient *= 2;
+      if (rest >= part) {
+        rest -= part;
+        ++quotient;
+      }
+    }
+    return static_cast<T>(sum < 0 ? -quotient : quotient);
+  }
+
+  static constexpr float real(int32_t sum) {
+    return static_cast<float>(sum);
+  }
+  // Rounded to odd until 32 bits hold it, which leaves the float's own rounding what it is.
+  static constexpr float real(int64_t sum) {
+    float unit = 1.0f;
+    for (; sum != static_cast<int32_t>(sum); sum = (sum >> 1) | (sum & 1)) {
+      unit *= 2.0f;
+    }
+    return static_cast<float>(static_cast<int32_t>(sum)) * unit;
   }
 };
+
+// Folds as many cells as there are lanes, side by side.
+template <class Fold, class Folded, class T, class Lanes>
+NNLIB_ALWAYS_INLINE void fold_lanes(Folded* folded, const T* cells, [[maybe_unused]] Lanes lanes) {
+#if NNLIB_VECTOR_LANES == 1
+  NNLIB_UNROLL
+  for (uint32_t i = 0; i < Lanes::value; ++i) {
+#else
+  for (uint32_t i = 0; i < lanes; ++i) {
+#endif
+    folded[i] = Fold::fold(folded[i], cells[i]);
+  }
+}
 
 // One output pixel from a window that is not empty.
 template <class Fold, class Folded, class T, class Finish>
 void pool_window(const PoolGeometry& g, const Window& rows, const Window& columns, const T* in,
                  T* out, Finish finish) {
-  constexpr uint32_t kLanes = 64;
+  constexpr bool kVectors = NNLIB_VECTOR_LANES > 1;
+  // Without vectors what stays in registers.
+  constexpr uint32_t kLanes = kVectors ? 64 : sizeof(Folded) > 4 ? 1 : 4;
   const uint32_t channels = g.channels;
   const size_t row_pitch = size_t{g.in_width} * channels;
-  const int64_t count = int64_t{rows.count} * columns.count;
+  const uint32_t count = rows.count * columns.count;
   in += rows.begin * row_pitch + size_t{columns.begin} * channels;
   const auto pool_lanes = [&](uint32_t first, auto lanes) {
     Folded folded[kLanes];
@@ -73,11 +117,9 @@ void pool_window(const PoolGeometry& g, const Window& rows, const Window& column
     std::fill_n(folded, uint32_t{lanes}, Fold::template start<Folded>);
     const T* row = in + first;
     for (uint32_t m = 0; m < rows.count; ++m, row += row_pitch) {
-      const T* cell = row;
-      for (uint32_t n = 0; n < columns.count; ++n, cell += channels) {
-        for (uint32_t i = 0; i < lanes; ++i) {
-          folded[i] = Fold::fold(folded[i], cell[i]);
-        }
+      const T* cells = row;
+      for (uint32_t n = 0; n < columns.count; ++n, cells += channels) {
+        fold_lanes<Fold>(folded, cells, lanes);
       }
     }
     for (uint32_t i = 0; i < lanes; ++i) {
@@ -87,10 +129,16 @@ void pool_window(const PoolGeometry& g, const Window& rows, const Window& column
   };
   uint32_t channel = 0;
   for (; channel + kLanes <= channels; channel += kLanes) {
-    pool_lanes(channel, std::integral_constant<uint32_t, kLanes>{});
+    pool_lanes(channel, std::integral_constant<uint32_t, kLanes>());
   }
-  if (channel < channels) {
-    pool_lanes(channel, channels - channel);
+  if constexpr (kVectors) {
+    if (channel < channels) {
+      pool_lanes(channel, channels - channel);
+    }
+  } else {
+    for (; kLanes > 1 && channel < channels; ++channel) {
+      pool_lanes(channel, std::integral_constant<uint32_t, 1>());
+    }
   }
 }
 

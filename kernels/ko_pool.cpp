@@ -1,6 +1,7 @@
 #include "kernels/ko_pool.h"
 
 #include "kernels/integer_pool.hpp"
+#include "kernels/ko_pool.hpp"
 #include "kernels/round_quantized.hpp"
 
 namespace nnlib {
@@ -8,57 +9,78 @@ namespace {
 
 struct Maximum : IntegerMax {
   template <class T>
-  static T exact(T maximum, int64_t /*count*/) {
+  static T exact(T maximum, uint32_t /*count*/) {
     return maximum;
   }
   template <class T>
-  static float real(T maximum, int64_t /*count*/) {
+  static float real(T maximum, uint32_t /*count*/) {
     return static_cast<float>(maximum);
   }
 };
 
 struct Average : IntegerSum {
   template <class T, class Sum>
-  static T exact(Sum sum, int64_t count) {
-    const Sum cells = static_cast<Sum>(count);
-    return divide<T>(sum + cells / 2, cells);
+  static T exact(Sum sum, uint32_t count) {
+    return divide<T>(sum + static_cast<Sum>(count / 2), count);
   }
   template <class T, class Sum>
-  static float real(Sum sum, int64_t count) {
-    return static_cast<float>(sum) / static_cast<float>(count);
+  static float real(Sum sum, uint32_t count) {
+    return IntegerSum::real(sum) / static_cast<float>(count);
   }
-};
-
-template <class T>
-struct PoolQuantization {
-  float in_scale;
-  T in_zeropoint;
-  float out_scale;
-  T out_zeropoint;
 };
 
 template <class Pooling, class T>
-int32_t pool(const PoolGeometry& g, const T* in, T* out, const PoolQuantization<T>& q) {
-  if (q.in_scale == q.out_scale && q.in_zeropoint == q.out_zeropoint) {
-    integer_pool<Pooling>(g, in, out, q.out_zeropoint, [](auto folded, int64_t count) {
-      return Pooling::template exact<T>(folded, count);
-    });
-    return 0;
-  }
+void pool(const PoolGeometry& g, const T* in, T* out, const PoolQuantization& q) {
+  const T outside = static_cast<T>(q.out_zeropoint);
   const float ratio = q.in_scale / q.out_scale;
-  const float in_zeropoint = q.in_zeropoint;
-  const float out_zeropoint = q.out_zeropoint;
-  integer_pool<Pooling>(g, in, out, q.out_zeropoint, [=](auto folded, int64_t count) {
+  const float in_zeropoint = static_cast<T>(q.in_zeropoint);
+  const float out_zeropoint = outside;
+  const bool same = q.in_scale == q.out_scale && in_zeropoint == out_zeropoint;
+  const auto exact = [](auto folded, uint32_t count) {
+    return Pooling::template exact<T>(folded, count);
+  };
+  const auto rescaled = [=](auto folded, uint32_t count) {
     const float m = Pooling::template real<T>(folded, count);
     return round_quantized<T>((m - in_zeropoint) * ratio + out_zeropoint);
+  };
+#if NNLIB_VECTOR_LANES > 1
+  if (same) {
+    integer_pool<Pooling>(g, in, out, outside, exact);
+  } else {
+    integer_pool<Pooling>(g, in, out, outside, rescaled);
+  }
+#else
+  // All the folding only once.
+  integer_pool<Pooling>(g, in, out, outside, [=](auto folded, uint32_t count) {
+    return same ? exact(folded, count) : rescaled(folded, count);
   });
-  return 0;
+#endif
 }
 
 }  // namespace
+
+template <class T>
+void max_pool(const PoolGeometry& geometry, const void* in, void* out,
+              const PoolQuantization& quantization) {
+  pool<Maximum>(geometry, static_cast<const T*>(in), static_cast<T*>(out), quantization);
+}
+
+template <class T>
+void average_pool(const PoolGeometry& geometry, const void* in, void* out,
+                  const PoolQuantization& quantization) {
+  pool<Average>(geometry, static_cast<const T*>(in), static_cast<T*>(out), quantization);
+}
+
+template void max_pool<uint8_t>(const PoolGeometry&, const void*, void*, const PoolQuantization&);
+template void max_pool<int8_t>(const PoolGeometry&, const void*, void*, const PoolQuantization&);
+template void average_pool<uint8_t>(const PoolGeometry&, const void*, void*,
+                                    const PoolQuantization&);
+template void average_pool<int8_t>(const PoolGeometry&, const void*, void*,
+                                   const PoolQuantization&);
+
 }  // namespace nnlib
 
-#define DEFINE(types, Element, operation, Pooling)                                               \
+#define DEFINE(types, Element, operation, function)                                              \
   int32_t ko_##types##_##operation##pool(                                                        \
       const Element* in, Element* out, uint16_t in_width, uint16_t in_height, uint16_t channels, \
       uint16_t pool_width, uint16_t pool_height, uint16_t pad_x, uint16_t pad_y,                 \
@@ -67,8 +89,9 @@ int32_t pool(const PoolGeometry& g, const T* in, T* out, const PoolQuantization<
     const nnlib::PoolGeometry geometry = {in_width,    in_height, channels,  pool_width,         \
                                           pool_height, pad_x,     pad_y,     stride_x,           \
                                           stride_y,    out_width, out_height};                   \
-    return nnlib::pool<nnlib::Pooling, Element>(                                                 \
-        geometry, in, out, {in_scale, in_zeropoint, out_scale, out_zeropoint});                  \
+    nnlib::function<Element>(geometry, in, out,                                                  \
+                             {in_scale, in_zeropoint, out_scale, out_zeropoint});                \
+    return 0;                                                                                    \
   }                                                                                              \
   int32_t ko_##types##_glo##operation##pool(                                                     \
       const Element* in, Element* out, uint16_t in_width, uint16_t in_height, uint16_t channels, \
@@ -79,8 +102,8 @@ int32_t pool(const PoolGeometry& g, const T* in, T* out, const PoolQuantization<
   }
 
 extern "C" {
-DEFINE(uint8, uint8_t, max, Maximum)
-DEFINE(uint8, uint8_t, ave, Average)
-DEFINE(int8, int8_t, max, Maximum)
-DEFINE(int8, int8_t, ave, Average)
+DEFINE(uint8, uint8_t, max, max_pool)
+DEFINE(uint8, uint8_t, ave, average_pool)
+DEFINE(int8, int8_t, max, max_pool)
+DEFINE(int8, int8_t, ave, average_pool)
 }

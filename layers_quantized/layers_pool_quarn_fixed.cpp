@@ -1,7 +1,7 @@
 #include "layers_quantized/layers_pool_quarn_fixed.h"
 
 #include "kernels/integer_pool.hpp"
-#include "layers/layer_tensors.hpp"
+#include "layers_quantized/pool_layer.hpp"
 
 namespace nnlib {
 namespace {
@@ -10,7 +10,7 @@ struct MaxPooling : IntegerMax {
   template <class T>
   static constexpr T outside = std::numeric_limits<T>::min();
   template <class T>
-  static T finish(T folded, int64_t /*count*/) {
+  static T finish(T folded, uint32_t /*count*/) {
     return folded;
   }
 };
@@ -19,17 +19,16 @@ struct MeanPooling : IntegerSum {
   template <class T>
   static constexpr T outside = 0;
   template <class T, class Sum>
-  static T finish(Sum sum, int64_t count) {
-    const Sum cells = static_cast<Sum>(count);
-    const Sum half = cells / 2;
-    return divide<T>(sum + (sum < 0 ? -half : half), cells);
+  static T finish(Sum sum, uint32_t count) {
+    const Sum half = static_cast<Sum>(count / 2);
+    return divide<T>(sum + (sum < 0 ? -half : half), count);
   }
 };
 
 template <class Pooling, class T>
 void pool_elements(const PoolGeometry& geometry, const ai_array& in, const ai_array& out) {
   integer_pool<Pooling>(geometry, static_cast<const T*>(in.data), static_cast<T*>(out.data),
-                        Pooling::template outside<T>, [](auto folded, int64_t count) {
+                        Pooling::template outside<T>, [](auto folded, uint32_t count) {
                           return Pooling::template finish<T>(folded, count);
                         });
 }
@@ -45,16 +44,8 @@ void pool_arrays(const PoolGeometry& geometry, const ai_array& in, const ai_arra
 
 template <class Pooling>
 void pool_layer(ai_layer* layer) {
-  const ai_layer_pool& pool = layer_record<ai_layer_pool>(layer);
-  const ai_tensor& input = layer_input(*layer);
-  const ai_tensor& output = layer_output(*layer);
-  const MapDims in = map_dims(input);
-  const MapDims out = map_dims(output);
-  const uint32_t* pad = pool.pool_pad.data;
-  pool_arrays<Pooling>(
-      {in.width, in.height, in.channels, pool.pool_size[0], pool.pool_size[1], pad[1], pad[0],
-       pool.pool_stride[0], pool.pool_stride[1], out.width, out.height},
-      *input.data, *output.data);
+  pool_arrays<Pooling>(pool_geometry(*layer), *layer_input(*layer).data,
+                       *layer_output(*layer).data);
 }
 
 }  // namespace

@@ -10,8 +10,7 @@
 extern "C" {
 #endif
 
-/* From the input tensor's scale and zero point to those of the output tensor. A window as large as
- * the map, with one output pixel and no padding, goes to the global kernels. count_include_pad is
+/* From the input tensor's scale and zero point to those of the output tensor. count_include_pad is
  * not read. */
 void forward_mp_integer(ai_layer* layer); /* both: an ai_layer_pool */
 void forward_ap_integer(ai_layer* layer);

@@ -517,6 +517,31 @@ TEST(IntegerPool, AveragesExactly) {
   }
 }
 
+// Means a few float steps from the zero point, stretched to whole numbers; the sums need more than
+// 32 bits, and fall on halves between floats or beside them.
+template <class T, class Kernel>
+void check_large_sums(Kernel kernel, T cell, int32_t step, float stretch) {
+  constexpr uint16_t kSide = 4200;
+  constexpr size_t kCount = size_t{kSide} * kSide;
+  std::vector<T> in(kCount, cell);
+  for (size_t other : {0, 128, 129, 256, 257, 384, 385, 768, 769, 1280}) {
+    std::fill_n(in.begin(), other, static_cast<T>(cell + step));
+    const int64_t sum = static_cast<int64_t>(kCount) * cell + static_cast<int64_t>(other) * step;
+    const float mean = static_cast<float>(sum) / static_cast<float>(kCount);
+    T out = 0;
+    kernel(in.data(), &out, kSide, kSide, 1, stretch, cell, 1.0f, T{100});
+    ASSERT_EQ((mean - static_cast<float>(cell)) * stretch + 100.0f, static_cast<float>(out))
+        << other;
+    kernel(in.data(), &out, kSide, kSide, 1, 1.0f, cell, 1.0f, cell);
+    ASSERT_EQ((sum + static_cast<int64_t>(kCount / 2)) / static_cast<int64_t>(kCount), out);
+  }
+}
+
+TEST(IntegerPool, RoundsLargeSumsOnce) {
+  check_large_sums<uint8_t>(ko_uint8_gloavepool, 255, -1, 65536.0f);
+  check_large_sums<int8_t>(ko_int8_gloavepool, -128, 1, 131072.0f);
+}
+
 // --- functions ------------------------------------------------------------------------------
 
 TEST(IntegerFunctions, CompareByTheFormatsSign) {
