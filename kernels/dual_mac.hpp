@@ -10,10 +10,12 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kernels/vector.hpp"
+
 namespace nnlib {
 
 // Two 16-bit values, the first one low.
-inline uint32_t load_pair(const int16_t* from) {
+NNLIB_ALWAYS_INLINE uint32_t load_pair(const int16_t* from) {
   uint32_t pair;
   std::memcpy(&pair, from, sizeof(pair));
   return pair;
@@ -25,7 +27,7 @@ struct TwoPairs {
   uint32_t second;
 };
 
-inline TwoPairs take_pairs(const int16_t*& from) {
+NNLIB_ALWAYS_INLINE TwoPairs take_pairs(const int16_t*& from) {
   const TwoPairs pairs = {load_pair(from), load_pair(from + 2)};
   from += 4;
   return pairs;
@@ -33,7 +35,7 @@ inline TwoPairs take_pairs(const int16_t*& from) {
 
 // In one piece of assembler: from the same in C, compilers make twice as many instructions.
 #define NNLIB_TAKE_BYTES(Byte, extend)                                                      \
-  inline TwoPairs take_pairs(const Byte*& from) {                                           \
+  NNLIB_ALWAYS_INLINE TwoPairs take_pairs(const Byte*& from) {                              \
     TwoPairs pairs;                                                                         \
     uint32_t even;                                                                          \
     __asm__("ldr %[first], [%[from]], #4\n\t" extend " %[even], %[first]\n\t" extend        \
@@ -50,7 +52,7 @@ NNLIB_TAKE_BYTES(uint8_t, "uxtb16")
 #undef NNLIB_TAKE_BYTES
 
 // The sum wraps.
-inline uint32_t dual_mac(uint32_t a, uint32_t b, uint32_t sum) {
+NNLIB_ALWAYS_INLINE uint32_t dual_mac(uint32_t a, uint32_t b, uint32_t sum) {
   return static_cast<uint32_t>(
       __smlad(static_cast<int32_t>(a), static_cast<int32_t>(b), static_cast<int32_t>(sum)));
 }

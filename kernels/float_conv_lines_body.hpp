@@ -11,16 +11,18 @@ inline Window window_of(const ConvAxis& axis, uint32_t output) {
   return clip_taps(axis.start + int64_t{output} * axis.stride, axis.taps, axis.in, axis.dilation);
 }
 
+// Divides in 32 bits, since 64 take small cores a library function.
 inline Span complete_windows(const ConvAxis& axis) {
-  const int64_t stride = axis.stride;
   const int64_t last_start =
       int64_t{axis.in} - 1 - (int64_t{axis.taps} - 1) * axis.dilation - axis.start;
-  const int64_t begin = axis.start < 0 ? (stride - 1 - axis.start) / stride : 0;
-  const int64_t end = last_start < 0 ? 0 : std::min(last_start / stride + 1, int64_t{axis.out});
-  if (begin >= end) {
+  if (last_start < 0) {
     return {0, 0};
   }
-  return {static_cast<uint32_t>(begin), static_cast<uint32_t>(end)};
+  const uint32_t before = axis.start < 0 ? static_cast<uint32_t>(-axis.start) : 0;
+  const uint32_t begin = before / axis.stride + (before % axis.stride != 0);
+  const auto last = static_cast<uint32_t>(std::min<int64_t>(last_start, UINT32_MAX - 1));
+  const uint32_t end = std::min(last / axis.stride + 1, axis.out);
+  return begin < end ? Span{begin, end} : Span{0, 0};
 }
 
 // Outputs in a row, or one above the other, that see the same taps.
