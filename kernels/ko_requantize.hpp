@@ -24,11 +24,10 @@ inline int32_t requantize(int32_t acc, int32_t multiplier, int32_t shift, int32_
 }
 
 // The output of an output channel.
-template <class Types>
-typename Types::Activation requantize(const KoQuantization<Types>& q, uint32_t channel,
-                                      int32_t acc) {
+template <class Activation>
+Activation requantize(const KoQuantization& q, uint32_t channel, int32_t acc) {
   const uint32_t entry = q.entry(channel);
-  return saturate<typename Types::Activation>(
+  return saturate<Activation>(
       requantize(acc, q.multiplier[entry], q.shift[entry], q.out_zeropoint));
 }
 
