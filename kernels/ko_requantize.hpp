@@ -17,10 +17,10 @@ inline int32_t requantize(int32_t acc, int32_t multiplier, int32_t shift, int32_
   if (shift <= 0) {
     return static_cast<int32_t>((product + (INT64_C(1) << 31)) >> 32) + zeropoint;
   }
-  // |product| <= 2^62: from 32 on every shift leaves nothing of the rounded product.
-  const int32_t right = std::min(shift, int32_t{32});
-  const int64_t rounded = (product >> 32) + (INT64_C(1) << (right - 1));
-  return static_cast<int32_t>(rounded >> right) + zeropoint;
+  // The high half plus 2^(shift - 1), shifted, without 64-bit arithmetic; from 32 on every shift
+  // leaves nothing.
+  const int32_t high = static_cast<int32_t>(product >> 32);
+  return (((high >> std::min(shift - 1, int32_t{31})) + 1) >> 1) + zeropoint;
 }
 
 // The output of an output channel.
