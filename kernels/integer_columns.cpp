@@ -35,14 +35,14 @@ void widen_vector(const Activation* in, uint32_t count, int32_t subtracted, int1
   NNLIB_VECTOR(widen<Activation>)(in, count, subtracted, column);
 }
 
-#define INSTANTIATE(types, suffix)                                                              \
-  template KO_ACTIVATION(types) * multiply_columns(const KoMatrix<KO_TYPES(types, suffix)>&,    \
-                                                   const int16_t*, uint32_t,                    \
-                                                   KO_ACTIVATION(types)*);                      \
-  template void convolve_columns(const KoMatrix<KO_TYPES(types, suffix)>&, const ConvGeometry&, \
-                                 const KO_ACTIVATION(types)*, int32_t, int16_t*,                \
+#define INSTANTIATE(types)                                                              \
+  template KO_ACTIVATION(types) * multiply_columns(const KoMatrix<KO_TYPES(types)>&,    \
+                                                   const int16_t*, uint32_t,            \
+                                                   KO_ACTIVATION(types)*);              \
+  template void convolve_columns(const KoMatrix<KO_TYPES(types)>&, const ConvGeometry&, \
+                                 const KO_ACTIVATION(types)*, int32_t, int16_t*,        \
                                  KO_ACTIVATION(types)*);
-KO_FORMS(INSTANTIATE)
+KO_TYPES_WORDS(INSTANTIATE)
 template void widen_vector(const uint8_t*, uint32_t, int32_t, int16_t*);
 template void widen_vector(const int8_t*, uint32_t, int32_t, int16_t*);
 

@@ -20,7 +20,7 @@ struct KoMatrix {
   uint32_t length;
   // The zero point that the columns' values still contain and the biases are corrected for.
   int32_t column_zeropoint;
-  KoQuantization<Types> quantization;
+  KoQuantization quantization;
 };
 
 // The outputs of one or two pixels, from as many columns, one behind the other. Returns the end of

@@ -44,7 +44,7 @@ NNLIB_ALWAYS_INLINE void finish_tile(const KoMatrix<Types>& m, const Requantizer
   }
   if constexpr (Types::kWeightZeropoint) {
     const auto& q = m.quantization;
-    const __m256i zeropoints = Types::kChannels
+    const __m256i zeropoints = q.of_channels()
                                    ? channel_lanes<kRows>(q.weight_zeropoints + row, count)
                                    : _mm256_set1_epi32(*q.weight_zeropoints);
     const __m256i excesses =
@@ -68,10 +68,10 @@ void finish_tile(const KoMatrix<Types>& m, const Tile& tile, const int32_t* exce
         acc = wrapping_add(acc, m.bias[row + r]);
       }
       if constexpr (Types::kWeightZeropoint) {
-        const int32_t zeropoint = m.quantization.weight_zeropoint(row + r);
+        const int32_t zeropoint = weight_zeropoint<Types>(m.quantization, row + r);
         acc = wrapping_add(acc, wrapping_multiply(-zeropoint, excess[p]));
       }
-      out[row + r] = requantize(m.quantization, row + r, acc);
+      out[row + r] = requantize<typename Types::Activation>(m.quantization, row + r, acc);
     }
   }
 }
@@ -100,7 +100,7 @@ void multiply_tiles(const KoMatrix<Types>& m, const int16_t* data,
     }
     const Tile sums = dot_tile<kPixels>(rows, columns);
 #if NNLIB_LANES == 8
-    if constexpr (Types::kChannels) {
+    if (row != 0 && m.quantization.of_channels()) {
       to_output = requantizer<kRows>(m.quantization, row, count);
     }
     finish_tile<kPixels>(m, to_output, sums, excess, row, count, out);
@@ -142,14 +142,14 @@ struct IntegerRowLanes {
         rows(
             count, m.length,
             [&](uint32_t r) {
-              const int32_t zeropoint = m.quantization.weight_zeropoint(first_row + r);
+              const int32_t zeropoint = weight_zeropoint<Types>(m.quantization, first_row + r);
               return wrapping_add(m.bias != nullptr ? m.bias[first_row + r] : 0,
                                   wrapping_multiply(static_cast<int32_t>(m.length),
                                                     zeropoint * m.column_zeropoint));
             },
             [&](uint32_t r, uint32_t k) {
               return static_cast<int16_t>(m.weights[size_t{first_row + r} * m.length + k] -
-                                          m.quantization.weight_zeropoint(first_row + r));
+                                          weight_zeropoint<Types>(m.quantization, first_row + r));
             }) {
     for (uint32_t v = 0; v < kVectors; ++v) {
       const uint32_t exist = count > v * 8 ? std::min(count - v * 8, 8u) : 0;

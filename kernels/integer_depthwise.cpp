@@ -16,17 +16,15 @@
 
 namespace nnlib {
 
-template <class Types>
-void convolve_depthwise(const ConvGeometry& geometry, const typename Types::Activation* in,
-                        const int32_t* bias, const KoQuantization<Types>& quantization,
-                        int16_t* scratch, typename Types::Activation* out) {
-  NNLIB_VECTOR(convolve_channels<Types>)(geometry, in, bias, quantization, scratch, out);
+template <class Activation>
+void convolve_depthwise(const ConvGeometry& geometry, const Activation* in, const int32_t* bias,
+                        const KoQuantization& quantization, int16_t* scratch, Activation* out) {
+  NNLIB_VECTOR(convolve_channels<Activation>)(geometry, in, bias, quantization, scratch, out);
 }
 
-#define INSTANTIATE(types, suffix)                                                                 \
-  template void convolve_depthwise(const ConvGeometry&, const KO_ACTIVATION(types)*,               \
-                                   const int32_t*, const KoQuantization<KO_TYPES(types, suffix)>&, \
-                                   int16_t*, KO_ACTIVATION(types)*);
-KO_FORMS(INSTANTIATE)
+template void convolve_depthwise(const ConvGeometry&, const uint8_t*, const int32_t*,
+                                 const KoQuantization&, int16_t*, uint8_t*);
+template void convolve_depthwise(const ConvGeometry&, const int8_t*, const int32_t*,
+                                 const KoQuantization&, int16_t*, int8_t*);
 
 }  // namespace nnlib

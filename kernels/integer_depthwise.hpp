@@ -29,10 +29,9 @@ struct AdaptedWeights {
 };
 
 // The outputs of a whole map; scratch as ko_<types>_DW_HWC_Wadapt leaves it.
-template <class Types>
-void convolve_depthwise(const ConvGeometry& geometry, const typename Types::Activation* in,
-                        const int32_t* bias, const KoQuantization<Types>& quantization,
-                        int16_t* scratch, typename Types::Activation* out);
+template <class Activation>
+void convolve_depthwise(const ConvGeometry& geometry, const Activation* in, const int32_t* bias,
+                        const KoQuantization& quantization, int16_t* scratch, Activation* out);
 
 }  // namespace nnlib
 

@@ -1,14 +1,14 @@
 #include "kernels/requantize_lanes.hpp"
 
-template <class Types>
+template <class Activation>
 struct Depthwise {
   const ConvGeometry& g;
-  const typename Types::Activation* in;
+  const Activation* in;
   const int32_t* bias;  // may be null
-  const KoQuantization<Types>& quantization;
+  const KoQuantization& quantization;
   AdaptedWeights order;
-  const int16_t* weights;              // adapted
-  typename Types::Activation* window;  // in the wide instance: taps * 8 values
+  const int16_t* weights;  // adapted
+  Activation* window;      // in the wide instance: taps * 8 values
 };
 
 // Adds the products of one tap; kStep: the distance of its weights.
@@ -22,9 +22,9 @@ NNLIB_ALWAYS_INLINE void add_tap(const Activation* in, const int16_t* weights, i
 }
 
 // One pixel's outputs of a block of four channels, or of one of the channels behind the blocks.
-template <uint32_t kChannels, class Types>
-void depthwise_outputs(const Depthwise<Types>& d, const Window& rows, const Window& columns,
-                       uint32_t channel, typename Types::Activation* out) {
+template <uint32_t kChannels, class Activation>
+void depthwise_outputs(const Depthwise<Activation>& d, const Window& rows, const Window& columns,
+                       uint32_t channel, Activation* out) {
   const size_t channels = d.order.channels;
   const int32_t zeropoint = d.quantization.in_zeropoint;
   const int16_t* weights = d.weights + d.order.index(channel, 0);
@@ -45,15 +45,15 @@ void depthwise_outputs(const Depthwise<Types>& d, const Window& rows, const Wind
   NNLIB_UNROLL
   for (uint32_t i = 0; i < kChannels; ++i) {
     const int32_t start = d.bias != nullptr ? d.bias[channel + i] : 0;
-    out[channel + i] =
-        requantize(d.quantization, channel + i, wrapping_add(start, static_cast<int32_t>(sums[i])));
+    out[channel + i] = requantize<Activation>(d.quantization, channel + i,
+                                              wrapping_add(start, static_cast<int32_t>(sums[i])));
   }
 }
 
 // One pixel's outputs from channel `from` on.
-template <class Types>
-void depthwise_pixel(const Depthwise<Types>& d, uint32_t x, uint32_t y, uint32_t from,
-                     typename Types::Activation* out) {
+template <class Activation>
+void depthwise_pixel(const Depthwise<Activation>& d, uint32_t x, uint32_t y, uint32_t from,
+                     Activation* out) {
   const Window rows = d.g.rows(y);
   const Window columns = d.g.columns(x);
   uint32_t channel = from;
@@ -87,8 +87,9 @@ NNLIB_ALWAYS_INLINE __m256i pair_of_taps(const Activation* first, const Activati
 }
 
 // Weights of eight channels as 32-bit lanes of two taps each; the lone last tap has a zero beside.
-template <class Types>
-NNLIB_ALWAYS_INLINE void load_weights(const Depthwise<Types>& d, uint32_t channel, Taps& taps) {
+template <class Activation>
+NNLIB_ALWAYS_INLINE void load_weights(const Depthwise<Activation>& d, uint32_t channel,
+                                      Taps& taps) {
   const int16_t* block = d.weights + d.order.index(channel, 0);
   const int16_t* next = d.weights + d.order.index(channel + 4, 0);
   uint32_t k = 0;
@@ -105,8 +106,8 @@ NNLIB_ALWAYS_INLINE void load_weights(const Depthwise<Types>& d, uint32_t channe
 }
 
 // Copies a window that lies partly outside the map, the outside as the zero point.
-template <class Types>
-void gather_window(const Depthwise<Types>& d, const Window& rows, const Window& columns,
+template <class Activation>
+void gather_window(const Depthwise<Activation>& d, const Window& rows, const Window& columns,
                    uint32_t channel, uint32_t taps) {
   std::memset(d.window, d.quantization.in_zeropoint, size_t{taps} * 8);
   for (uint32_t ky = 0; ky < rows.count && !columns.empty(); ++ky) {
@@ -119,9 +120,9 @@ void gather_window(const Depthwise<Types>& d, const Window& rows, const Window& 
 }
 
 // Eight channels of a row of outputs.
-template <class Types>
-void depthwise_row(const Depthwise<Types>& d, uint32_t y, uint32_t channel, Taps& taps,
-                   typename Types::Activation* out) {
+template <class Activation>
+void depthwise_row(const Depthwise<Activation>& d, uint32_t y, uint32_t channel, Taps& taps,
+                   Activation* out) {
   load_weights(d, channel, taps);
   // Inputs stay as they are: the biases take up the input zero point.
   __m256i weight_sum = _mm256_setzero_si256();
@@ -160,8 +161,8 @@ void depthwise_row(const Depthwise<Types>& d, uint32_t y, uint32_t channel, Taps
 }
 
 // Computes whole blocks of eight channels of a row of outputs; returns how many channels that was.
-template <class Types>
-uint32_t depthwise_blocks(const Depthwise<Types>& d, uint32_t y, typename Types::Activation* out) {
+template <class Activation>
+uint32_t depthwise_blocks(const Depthwise<Activation>& d, uint32_t y, Activation* out) {
   if (d.order.taps > kMostTaps) {
     return 0;
   }
@@ -182,25 +183,24 @@ uint32_t depthwise_blocks(const Depthwise<Types>& d, uint32_t y, typename Types:
 
 #else
 
-template <class Types>
-uint32_t depthwise_blocks(const Depthwise<Types>&, uint32_t, typename Types::Activation*) {
+template <class Activation>
+uint32_t depthwise_blocks(const Depthwise<Activation>&, uint32_t, Activation*) {
   return 0;
 }
 
 #endif
 
-template <class Types>
-void convolve_channels(const ConvGeometry& g, const typename Types::Activation* in,
-                       const int32_t* bias, const KoQuantization<Types>& quantization,
-                       int16_t* scratch, typename Types::Activation* out) {
+template <class Activation>
+void convolve_channels(const ConvGeometry& g, const Activation* in, const int32_t* bias,
+                       const KoQuantization& quantization, int16_t* scratch, Activation* out) {
   const AdaptedWeights order = {g.in_channels, g.kernel_width * g.kernel_height};
-  const Depthwise<Types> d = {g,
-                              in,
-                              bias,
-                              quantization,
-                              order,
-                              scratch + order.start(),
-                              reinterpret_cast<typename Types::Activation*>(scratch)};
+  const Depthwise<Activation> d = {g,
+                                   in,
+                                   bias,
+                                   quantization,
+                                   order,
+                                   scratch + order.start(),
+                                   reinterpret_cast<Activation*>(scratch)};
   const size_t row_length = size_t{g.out_width} * g.in_channels;
   for (uint32_t y = 0; y < g.out_height; ++y, out += row_length) {
     const uint32_t done = depthwise_blocks(d, y, out);

@@ -27,7 +27,7 @@ int32_t correct_biases(const Weight* weights, uint32_t length, uint32_t out_chan
 // Columns of inputs as they are, and corrected biases.
 template <class Types>
 int32_t convolve_basic(const ConvGeometry& g, const typename Types::Activation* in,
-                       const typename Types::Weight* weights, const KoQuantization<Types>& q,
+                       const typename Types::Weight* weights, const KoQuantization& q,
                        typename Types::Activation* out, void* scratch) {
   const uint32_t length = g.column_length();
   const KoMatrix<Types> matrix = {
@@ -40,8 +40,7 @@ int32_t convolve_basic(const ConvGeometry& g, const typename Types::Activation* 
 template <class Types>
 int32_t convolve_1x1(const ConvGeometry& g, const typename Types::Activation* in,
                      const typename Types::Weight* weights, const int32_t* bias,
-                     const KoQuantization<Types>& q, typename Types::Activation* out,
-                     void* scratch) {
+                     const KoQuantization& q, typename Types::Activation* out, void* scratch) {
   const KoMatrix<Types> matrix = {weights, bias, g.out_channels, g.column_length(), 0, q};
   convolve_columns(matrix, g, in, q.in_zeropoint, static_cast<int16_t*>(scratch), out);
   return 0;
@@ -61,8 +60,8 @@ int32_t convolve_1x1(const ConvGeometry& g, const typename Types::Activation* in
   int32_t ko_##types##_convolve_HWC_basic_nonsquare##suffix(KO_CONVOLUTION(types),                 \
                                                             void* scratch) {                       \
     (void)bias;                                                                                    \
-    return nnlib::convolve_basic(KO_GEOMETRY, in, weights, KO_QUANTIZATION(types, suffix), out,    \
-                                 scratch);                                                         \
+    return nnlib::convolve_basic<KO_TYPES(types)>(KO_GEOMETRY, in, weights,                        \
+                                                  KO_QUANTIZATION(types, suffix), out, scratch);   \
   }                                                                                                \
   int32_t ko_##types##_convolve_HWC_RGB##suffix(                                                   \
       const KO_ACTIVATION(types) * in, uint16_t in_size, uint16_t in_channels,                     \
@@ -73,13 +72,13 @@ int32_t convolve_1x1(const ConvGeometry& g, const typename Types::Activation* in
     const nnlib::ConvGeometry geometry = {in_size,     in_size,     in_channels, out_channels,     \
                                           kernel_size, kernel_size, pad,         pad,              \
                                           stride,      stride,      out_size,    out_size};        \
-    return nnlib::convolve_basic(geometry, in, weights, KO_QUANTIZATION(types, suffix), out,       \
-                                 scratch);                                                         \
+    return nnlib::convolve_basic<KO_TYPES(types)>(geometry, in, weights,                           \
+                                                  KO_QUANTIZATION(types, suffix), out, scratch);   \
   }                                                                                                \
   int32_t ko_##types##_convolve_1x1_HWC_fast_nonsquare##suffix(KO_CONVOLUTION(types),              \
                                                                void* scratch) {                    \
-    return nnlib::convolve_1x1(KO_GEOMETRY, in, weights, bias, KO_QUANTIZATION(types, suffix),     \
-                               out, scratch);                                                      \
+    return nnlib::convolve_1x1<KO_TYPES(types)>(KO_GEOMETRY, in, weights, bias,                    \
+                                                KO_QUANTIZATION(types, suffix), out, scratch);     \
   }
 
 extern "C" {

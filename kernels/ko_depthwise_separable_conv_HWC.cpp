@@ -7,12 +7,12 @@ namespace {
 
 template <class Types>
 int32_t adapt(const typename Types::Weight* weights, const AdaptedWeights& order,
-              const KoQuantization<Types>& q, void* scratch) {
+              const KoQuantization& q, void* scratch) {
   int16_t* adapted = static_cast<int16_t*>(scratch) + order.start();
   for (uint32_t tap = 0; tap < order.taps; ++tap) {
     for (uint32_t channel = 0; channel < order.channels; ++channel) {
       adapted[order.index(channel, tap)] =
-          static_cast<int16_t>(*weights++ - q.weight_zeropoint(channel));
+          static_cast<int16_t>(*weights++ - weight_zeropoint<Types>(q, channel));
     }
   }
   return 0;
@@ -30,9 +30,9 @@ int32_t adapt(const typename Types::Weight* weights, const AdaptedWeights& order
                                              uint16_t kernel_width, uint16_t kernel_height,       \
                                              KO_WEIGHT_ZEROPOINT_##types void* scratch) {         \
     const nnlib::AdaptedWeights order = {channels, uint32_t{kernel_width} * kernel_height};       \
-    const nnlib::KoQuantization<KO_TYPES(types, suffix)> zeropoints = {                           \
-        nullptr, nullptr, 0, WEIGHT_ZEROPOINT_##types, 0};                                        \
-    return nnlib::adapt(weights, order, zeropoints, scratch);                                     \
+    const nnlib::KoQuantization zeropoints = {                                                    \
+        nullptr, nullptr, 0, WEIGHT_ZEROPOINT_##types, 0, KO_CHANNEL_MASK(suffix)};               \
+    return nnlib::adapt<KO_TYPES(types)>(weights, order, zeropoints, scratch);                    \
   }                                                                                               \
   int32_t ko_##types##_depthwise_separable_conv_HWC_nonsquare##suffix(KO_CONVOLUTION(types),      \
                                                                       void* scratch) {            \

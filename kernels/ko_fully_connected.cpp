@@ -9,7 +9,7 @@ namespace {
 template <class Types>
 int32_t connect(const typename Types::Activation* in, const KoMatrix<Types>& m,
                 typename Types::Activation* out, void* scratch) {
-  const KoQuantization<Types>& q = m.quantization;
+  const KoQuantization& q = m.quantization;
   if (scratch != nullptr) {
     auto* column = static_cast<int16_t*>(scratch);
     widen_vector(in, m.length, q.in_zeropoint, column);
@@ -18,12 +18,12 @@ int32_t connect(const typename Types::Activation* in, const KoMatrix<Types>& m,
   }
   for (uint32_t row = 0; row < m.rows; ++row) {
     const auto* weights = m.weights + size_t{row} * m.length;
-    const int32_t zeropoint = q.weight_zeropoint(row);
+    const int32_t zeropoint = weight_zeropoint<Types>(q, row);
     uint32_t acc = m.bias != nullptr ? static_cast<uint32_t>(m.bias[row]) : 0;
     for (uint32_t i = 0; i < m.length; ++i) {
       acc += static_cast<uint32_t>((weights[i] - zeropoint) * (in[i] - q.in_zeropoint));
     }
-    out[row] = requantize(q, row, static_cast<int32_t>(acc));
+    out[row] = requantize<typename Types::Activation>(q, row, static_cast<int32_t>(acc));
   }
   return 0;
 }
@@ -36,7 +36,7 @@ int32_t connect(const typename Types::Activation* in, const KoMatrix<Types>& m,
       const KO_ACTIVATION(types) * in, const KO_WEIGHT(types) * weights, uint16_t length,   \
       uint16_t rows, const int32_t* multiplier, const int16_t* shift, KO_ZEROPOINTS(types), \
       const int32_t* bias, KO_ACTIVATION(types) * out, void* scratch) {                     \
-    const nnlib::KoMatrix<KO_TYPES(types, suffix)> matrix = {                               \
+    const nnlib::KoMatrix<KO_TYPES(types)> matrix = {                                       \
         weights, bias, rows, length, 0, KO_QUANTIZATION(types, suffix)};                    \
     return nnlib::connect(in, matrix, out, scratch);                                        \
   }

@@ -20,7 +20,8 @@
 
 #include <stdint.h>
 
-/* X(types, suffix) for each of the six forms of a kernel, and X(types) for each types word. */
+/* X(types) for each types word, and X(types, suffix) for each of the six forms of a kernel. */
+#define KO_TYPES_WORDS(X) X(uint8) X(int8symwt) X(int8_int8symwt)
 #define KO_FORMS(X)   \
   X(uint8, )          \
   X(uint8, _CH)       \

@@ -5,52 +5,50 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "kernels/ko_types.h"
 
 namespace nnlib {
 
-template <class ActivationType, class WeightType, bool kAsymmetric, bool kPerChannel>
+template <class ActivationType, class WeightType>
 struct KoTypes {
   using Activation = ActivationType;
   using Weight = WeightType;
-  static constexpr bool kWeightZeropoint = kAsymmetric;
-  static constexpr bool kChannels = kPerChannel;
+  static constexpr bool kWeightZeropoint = std::is_unsigned_v<Weight>;
 };
 
-template <bool kPerChannel>
-using Ko_uint8 = KoTypes<uint8_t, uint8_t, true, kPerChannel>;
-template <bool kPerChannel>
-using Ko_int8symwt = KoTypes<uint8_t, int8_t, false, kPerChannel>;
-template <bool kPerChannel>
-using Ko_int8_int8symwt = KoTypes<int8_t, int8_t, false, kPerChannel>;
+#define KO_TYPES(types) ::nnlib::KoTypes<KO_ACTIVATION(types), KO_WEIGHT(types)>
 
-#define KO_TYPES(types, suffix) ::nnlib::Ko_##types<(sizeof(#suffix) > 1)>
-
-// How a kernel's outputs are quantized.
-template <class Types>
+// How a kernel's outputs are quantized. Whether each channel has an entry of its own is known when
+// the program runs: there is no code for either.
 struct KoQuantization {
   const int32_t* multiplier;
   const int16_t* shift;
   int32_t in_zeropoint;
-  const typename Types::Weight* weight_zeropoints;  // null for symmetric weights
+  const uint8_t* weight_zeropoints;  // of unsigned weights
   int32_t out_zeropoint;
+  uint32_t channel_mask;  // all ones, or 0: entry 0 serves every channel
 
-  static constexpr uint32_t entry(uint32_t channel) { return Types::kChannels ? channel : 0; }
-  constexpr int32_t weight_zeropoint(uint32_t channel) const {
-    if constexpr (Types::kWeightZeropoint) {
-      return weight_zeropoints[entry(channel)];
-    } else {
-      return 0;
-    }
-  }
+  constexpr bool of_channels() const { return channel_mask != 0; }
+  constexpr uint32_t entry(uint32_t channel) const { return channel & channel_mask; }
 };
 
-// The quantization that a public function was called with.
-#define KO_QUANTIZATION(types, suffix)               \
-  ::nnlib::KoQuantization<KO_TYPES(types, suffix)> { \
-    multiplier, shift, KO_ZEROPOINT_VALUES_##types   \
+template <class Types>
+constexpr int32_t weight_zeropoint(const KoQuantization& q, uint32_t channel) {
+  if constexpr (Types::kWeightZeropoint) {
+    return q.weight_zeropoints[q.entry(channel)];
+  } else {
+    return 0;
   }
+}
+
+// The quantization that a public function was called with.
+#define KO_QUANTIZATION(types, suffix)                                      \
+  ::nnlib::KoQuantization {                                                 \
+    multiplier, shift, KO_ZEROPOINT_VALUES_##types, KO_CHANNEL_MASK(suffix) \
+  }
+#define KO_CHANNEL_MASK(suffix) (sizeof(#suffix) > 1 ? ~uint32_t{0} : 0)
 #define KO_ZEROPOINT_VALUES_uint8 in_zeropoint, weight_zeropoint, out_zeropoint
 #define KO_ZEROPOINT_VALUES_int8symwt in_zeropoint, nullptr, out_zeropoint
 #define KO_ZEROPOINT_VALUES_int8_int8symwt in_zeropoint, nullptr, out_zeropoint

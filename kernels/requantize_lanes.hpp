@@ -60,16 +60,15 @@ struct Requantizer {
 };
 
 // The requantization of channels from `channel` on, count of which exist.
-template <uint32_t kCount, class Types>
-NNLIB_ALWAYS_INLINE Requantizer requantizer(const KoQuantization<Types>& q, uint32_t channel,
+template <uint32_t kCount>
+NNLIB_ALWAYS_INLINE Requantizer requantizer(const KoQuantization& q, uint32_t channel,
                                             uint32_t count) {
-  if constexpr (Types::kChannels) {
+  if (q.of_channels()) {
     return Requantizer(channel_lanes<kCount>(q.multiplier + channel, count),
                        channel_lanes<kCount>(q.shift + channel, count), q.out_zeropoint);
-  } else {
-    return Requantizer(_mm256_set1_epi32(*q.multiplier), _mm256_set1_epi32(*q.shift),
-                       q.out_zeropoint);
   }
+  return Requantizer(_mm256_set1_epi32(*q.multiplier), _mm256_set1_epi32(*q.shift),
+                     q.out_zeropoint);
 }
 
 // Saturates eight values and writes count of the first four to `out`, and of the last four to
