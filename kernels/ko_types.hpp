@@ -20,8 +20,8 @@ struct KoTypes {
 
 #define KO_TYPES(types) ::nnlib::KoTypes<KO_ACTIVATION(types), KO_WEIGHT(types)>
 
-// How a kernel's outputs are quantized. Whether each channel has an entry of its own is known when
-// the program runs: there is no code for either.
+// How a kernel's outputs are quantized. One code serves kernels with an entry for each channel and
+// with one for all.
 struct KoQuantization {
   const int32_t* multiplier;
   const int16_t* shift;
