@@ -17,14 +17,14 @@
 namespace nnlib {
 
 template <class Activation>
-void convolve_depthwise(const ConvGeometry& geometry, const Activation* in, const int32_t* bias,
-                        const KoQuantization& quantization, int16_t* scratch, Activation* out) {
+void convolve_adapted(const ConvGeometry& geometry, const Activation* in, const int32_t* bias,
+                      const KoQuantization& quantization, int16_t* scratch, Activation* out) {
   NNLIB_VECTOR(convolve_channels<Activation>)(geometry, in, bias, quantization, scratch, out);
 }
 
-template void convolve_depthwise(const ConvGeometry&, const uint8_t*, const int32_t*,
-                                 const KoQuantization&, int16_t*, uint8_t*);
-template void convolve_depthwise(const ConvGeometry&, const int8_t*, const int32_t*,
-                                 const KoQuantization&, int16_t*, int8_t*);
+template void convolve_adapted(const ConvGeometry&, const uint8_t*, const int32_t*,
+                               const KoQuantization&, int16_t*, uint8_t*);
+template void convolve_adapted(const ConvGeometry&, const int8_t*, const int32_t*,
+                               const KoQuantization&, int16_t*, int8_t*);
 
 }  // namespace nnlib

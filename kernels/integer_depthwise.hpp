@@ -30,8 +30,8 @@ struct AdaptedWeights {
 
 // The outputs of a whole map; scratch as ko_<types>_DW_HWC_Wadapt leaves it.
 template <class Activation>
-void convolve_depthwise(const ConvGeometry& geometry, const Activation* in, const int32_t* bias,
-                        const KoQuantization& quantization, int16_t* scratch, Activation* out);
+void convolve_adapted(const ConvGeometry& geometry, const Activation* in, const int32_t* bias,
+                      const KoQuantization& quantization, int16_t* scratch, Activation* out);
 
 }  // namespace nnlib
 

@@ -1,52 +1,65 @@
 #include "kernels/ko_convolve_HWC.h"
 
 #include "kernels/integer_columns.hpp"
+#include "kernels/integer_convolution.hpp"
 
 namespace nnlib {
 namespace {
 
-int32_t* corrected_biases(void* scratch, uint32_t length) {
-  return reinterpret_cast<int32_t*>(static_cast<int16_t*>(scratch) + size_t{length} * 2);
+int32_t* corrected_biases(const IntegerConvolution& c) {
+  return reinterpret_cast<int32_t*>(static_cast<int16_t*>(c.scratch) +
+                                    size_t{c.geometry.column_length()} * 2);
 }
 
-template <class Weight>
-int32_t correct_biases(const Weight* weights, uint32_t length, uint32_t out_channels,
-                       const int32_t* bias, int32_t in_zeropoint, void* scratch) {
-  int32_t* corrected = corrected_biases(scratch, length);
-  for (uint32_t channel = 0; channel < out_channels; ++channel, weights += length) {
+template <class Types>
+void convolve(const IntegerConvolution& c, const int32_t* bias, int32_t subtracted) {
+  using Activation = typename Types::Activation;
+  const ConvGeometry& g = c.geometry;
+  const KoQuantization& q = c.quantization;
+  const KoMatrix<Types> matrix = {static_cast<const typename Types::Weight*>(c.weights),
+                                  bias,
+                                  g.out_channels,
+                                  g.column_length(),
+                                  q.in_zeropoint - subtracted,
+                                  q};
+  convolve_columns(matrix, g, static_cast<const Activation*>(c.in), subtracted,
+                   static_cast<int16_t*>(c.scratch), static_cast<Activation*>(c.out));
+}
+
+}  // namespace
+
+template <class Types>
+void correct_biases(const IntegerConvolution& c) {
+  const auto* weights = static_cast<const typename Types::Weight*>(c.weights);
+  const uint32_t length = c.geometry.column_length();
+  int32_t* corrected = corrected_biases(c);
+  for (uint32_t channel = 0; channel < c.geometry.out_channels; ++channel, weights += length) {
     uint32_t sum = 0;
     for (uint32_t k = 0; k < length; ++k) {
       sum += static_cast<uint32_t>(weights[k]);
     }
-    corrected[channel] = wrapping_add(bias != nullptr ? bias[channel] : 0,
-                                      wrapping_multiply(-in_zeropoint, static_cast<int32_t>(sum)));
+    corrected[channel] =
+        wrapping_add(c.bias != nullptr ? c.bias[channel] : 0,
+                     wrapping_multiply(-c.quantization.in_zeropoint, static_cast<int32_t>(sum)));
   }
-  return 0;
 }
 
-// Columns of inputs as they are, and corrected biases.
 template <class Types>
-int32_t convolve_basic(const ConvGeometry& g, const typename Types::Activation* in,
-                       const typename Types::Weight* weights, const KoQuantization& q,
-                       typename Types::Activation* out, void* scratch) {
-  const uint32_t length = g.column_length();
-  const KoMatrix<Types> matrix = {
-      weights, corrected_biases(scratch, length), g.out_channels, length, q.in_zeropoint, q};
-  convolve_columns(matrix, g, in, 0, static_cast<int16_t*>(scratch), out);
-  return 0;
+void convolve_basic(const IntegerConvolution& c) {
+  convolve<Types>(c, corrected_biases(c), 0);
 }
 
-// Columns of inputs less their zero point, and the biases as they are.
 template <class Types>
-int32_t convolve_1x1(const ConvGeometry& g, const typename Types::Activation* in,
-                     const typename Types::Weight* weights, const int32_t* bias,
-                     const KoQuantization& q, typename Types::Activation* out, void* scratch) {
-  const KoMatrix<Types> matrix = {weights, bias, g.out_channels, g.column_length(), 0, q};
-  convolve_columns(matrix, g, in, q.in_zeropoint, static_cast<int16_t*>(scratch), out);
-  return 0;
+void convolve_1x1(const IntegerConvolution& c) {
+  convolve<Types>(c, c.bias, c.quantization.in_zeropoint);
 }
 
-}  // namespace
+#define INSTANTIATE(types)                                                  \
+  template void correct_biases<KO_TYPES(types)>(const IntegerConvolution&); \
+  template void convolve_basic<KO_TYPES(types)>(const IntegerConvolution&); \
+  template void convolve_1x1<KO_TYPES(types)>(const IntegerConvolution&);
+KO_TYPES_WORDS(INSTANTIATE)
+
 }  // namespace nnlib
 
 #define DEFINE(types, suffix)                                                                      \
@@ -54,31 +67,39 @@ int32_t convolve_1x1(const ConvGeometry& g, const typename Types::Activation* in
       uint16_t in_channels, const KO_WEIGHT(types) * weights, uint16_t out_channels,               \
       uint16_t kernel_width, uint16_t kernel_height, const int32_t* bias,                          \
       KO_ACTIVATION(types) in_zeropoint, void* scratch) {                                          \
-    const uint32_t length = uint32_t{kernel_width} * kernel_height * in_channels;                  \
-    return nnlib::correct_biases(weights, length, out_channels, bias, in_zeropoint, scratch);      \
+    nnlib::correct_biases<KO_TYPES(types)>(                                                        \
+        {{0, 0, in_channels, out_channels, kernel_width, kernel_height, 0, 0, 0, 0, 0, 0},         \
+         nullptr,                                                                                  \
+         weights,                                                                                  \
+         bias,                                                                                     \
+         {nullptr, nullptr, in_zeropoint, nullptr, 0, 0},                                          \
+         nullptr,                                                                                  \
+         scratch});                                                                                \
+    return 0;                                                                                      \
   }                                                                                                \
   int32_t ko_##types##_convolve_HWC_basic_nonsquare##suffix(KO_CONVOLUTION(types),                 \
                                                             void* scratch) {                       \
-    (void)bias;                                                                                    \
-    return nnlib::convolve_basic<KO_TYPES(types)>(KO_GEOMETRY, in, weights,                        \
-                                                  KO_QUANTIZATION(types, suffix), out, scratch);   \
+    nnlib::convolve_basic<KO_TYPES(types)>(                                                        \
+        {KO_GEOMETRY, in, weights, bias, KO_QUANTIZATION(types, suffix), out, scratch});           \
+    return 0;                                                                                      \
   }                                                                                                \
   int32_t ko_##types##_convolve_HWC_RGB##suffix(                                                   \
       const KO_ACTIVATION(types) * in, uint16_t in_size, uint16_t in_channels,                     \
       const KO_WEIGHT(types) * weights, uint16_t out_channels, uint16_t kernel_size, uint16_t pad, \
       uint16_t stride, const int32_t* bias, const int32_t* multiplier, const int16_t* shift,       \
       KO_ZEROPOINTS(types), KO_ACTIVATION(types) * out, uint16_t out_size, void* scratch) {        \
-    (void)bias;                                                                                    \
     const nnlib::ConvGeometry geometry = {in_size,     in_size,     in_channels, out_channels,     \
                                           kernel_size, kernel_size, pad,         pad,              \
                                           stride,      stride,      out_size,    out_size};        \
-    return nnlib::convolve_basic<KO_TYPES(types)>(geometry, in, weights,                           \
-                                                  KO_QUANTIZATION(types, suffix), out, scratch);   \
+    nnlib::convolve_basic<KO_TYPES(types)>(                                                        \
+        {geometry, in, weights, bias, KO_QUANTIZATION(types, suffix), out, scratch});              \
+    return 0;                                                                                      \
   }                                                                                                \
   int32_t ko_##types##_convolve_1x1_HWC_fast_nonsquare##suffix(KO_CONVOLUTION(types),              \
                                                                void* scratch) {                    \
-    return nnlib::convolve_1x1<KO_TYPES(types)>(KO_GEOMETRY, in, weights, bias,                    \
-                                                KO_QUANTIZATION(types, suffix), out, scratch);     \
+    nnlib::convolve_1x1<KO_TYPES(types)>(                                                          \
+        {KO_GEOMETRY, in, weights, bias, KO_QUANTIZATION(types, suffix), out, scratch});           \
+    return 0;                                                                                      \
   }
 
 extern "C" {

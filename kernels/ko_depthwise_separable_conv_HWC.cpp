@@ -1,24 +1,36 @@
 #include "kernels/ko_depthwise_separable_conv_HWC.h"
 
+#include "kernels/integer_convolution.hpp"
 #include "kernels/integer_depthwise.hpp"
 
 namespace nnlib {
-namespace {
 
 template <class Types>
-int32_t adapt(const typename Types::Weight* weights, const AdaptedWeights& order,
-              const KoQuantization& q, void* scratch) {
-  int16_t* adapted = static_cast<int16_t*>(scratch) + order.start();
+void adapt_weights(const IntegerConvolution& c) {
+  const ConvGeometry& g = c.geometry;
+  const AdaptedWeights order = {g.in_channels, g.kernel_width * g.kernel_height};
+  const auto* weights = static_cast<const typename Types::Weight*>(c.weights);
+  int16_t* adapted = static_cast<int16_t*>(c.scratch) + order.start();
   for (uint32_t tap = 0; tap < order.taps; ++tap) {
     for (uint32_t channel = 0; channel < order.channels; ++channel) {
       adapted[order.index(channel, tap)] =
-          static_cast<int16_t>(*weights++ - weight_zeropoint<Types>(q, channel));
+          static_cast<int16_t>(*weights++ - weight_zeropoint<Types>(c.quantization, channel));
     }
   }
-  return 0;
 }
 
-}  // namespace
+template <class Types>
+void convolve_depthwise(const IntegerConvolution& c) {
+  using Activation = typename Types::Activation;
+  convolve_adapted(c.geometry, static_cast<const Activation*>(c.in), c.bias, c.quantization,
+                   static_cast<int16_t*>(c.scratch), static_cast<Activation*>(c.out));
+}
+
+#define INSTANTIATE(types)                                                 \
+  template void adapt_weights<KO_TYPES(types)>(const IntegerConvolution&); \
+  template void convolve_depthwise<KO_TYPES(types)>(const IntegerConvolution&);
+KO_TYPES_WORDS(INSTANTIATE)
+
 }  // namespace nnlib
 
 #define WEIGHT_ZEROPOINT_uint8 weight_zeropoint
@@ -29,16 +41,20 @@ int32_t adapt(const typename Types::Weight* weights, const AdaptedWeights& order
   int32_t ko_##types##_DW_HWC_Wadapt##suffix(const KO_WEIGHT(types) * weights, uint16_t channels, \
                                              uint16_t kernel_width, uint16_t kernel_height,       \
                                              KO_WEIGHT_ZEROPOINT_##types void* scratch) {         \
-    const nnlib::AdaptedWeights order = {channels, uint32_t{kernel_width} * kernel_height};       \
-    const nnlib::KoQuantization zeropoints = {                                                    \
-        nullptr, nullptr, 0, WEIGHT_ZEROPOINT_##types, 0, KO_CHANNEL_MASK(suffix)};               \
-    return nnlib::adapt<KO_TYPES(types)>(weights, order, zeropoints, scratch);                    \
+    nnlib::adapt_weights<KO_TYPES(types)>(                                                        \
+        {{0, 0, channels, channels, kernel_width, kernel_height, 0, 0, 0, 0, 0, 0},               \
+         nullptr,                                                                                 \
+         weights,                                                                                 \
+         nullptr,                                                                                 \
+         {nullptr, nullptr, 0, WEIGHT_ZEROPOINT_##types, 0, KO_CHANNEL_MASK(suffix)},             \
+         nullptr,                                                                                 \
+         scratch});                                                                               \
+    return 0;                                                                                     \
   }                                                                                               \
   int32_t ko_##types##_depthwise_separable_conv_HWC_nonsquare##suffix(KO_CONVOLUTION(types),      \
                                                                       void* scratch) {            \
-    (void)weights;                                                                                \
-    nnlib::convolve_depthwise(KO_GEOMETRY, in, bias, KO_QUANTIZATION(types, suffix),              \
-                              static_cast<int16_t*>(scratch), out);                               \
+    nnlib::convolve_depthwise<KO_TYPES(types)>(                                                   \
+        {KO_GEOMETRY, in, weights, bias, KO_QUANTIZATION(types, suffix), out, scratch});          \
     return 0;                                                                                     \
   }
 

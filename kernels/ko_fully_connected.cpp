@@ -1,34 +1,37 @@
 #include "kernels/ko_fully_connected.h"
 
 #include "kernels/integer_columns.hpp"
+#include "kernels/integer_dense.hpp"
 #include "kernels/ko_requantize.hpp"
 
 namespace nnlib {
-namespace {
 
 template <class Types>
-int32_t connect(const typename Types::Activation* in, const KoMatrix<Types>& m,
-                typename Types::Activation* out, void* scratch) {
-  const KoQuantization& q = m.quantization;
-  if (scratch != nullptr) {
-    auto* column = static_cast<int16_t*>(scratch);
-    widen_vector(in, m.length, q.in_zeropoint, column);
-    multiply_columns(m, column, 1, out);
-    return 0;
+void connect(const IntegerProduct& p) {
+  using Activation = typename Types::Activation;
+  const KoQuantization& q = p.quantization;
+  const auto* in = static_cast<const Activation*>(p.in);
+  const auto* weights = static_cast<const typename Types::Weight*>(p.weights);
+  auto* out = static_cast<Activation*>(p.out);
+  if (p.scratch != nullptr) {
+    auto* column = static_cast<int16_t*>(p.scratch);
+    widen_vector(in, p.length, q.in_zeropoint, column);
+    multiply_columns(KoMatrix<Types>{weights, p.bias, p.rows, p.length, 0, q}, column, 1, out);
+    return;
   }
-  for (uint32_t row = 0; row < m.rows; ++row) {
-    const auto* weights = m.weights + size_t{row} * m.length;
+  for (uint32_t row = 0; row < p.rows; ++row, weights += p.length) {
     const int32_t zeropoint = weight_zeropoint<Types>(q, row);
-    uint32_t acc = m.bias != nullptr ? static_cast<uint32_t>(m.bias[row]) : 0;
-    for (uint32_t i = 0; i < m.length; ++i) {
+    uint32_t acc = p.bias != nullptr ? static_cast<uint32_t>(p.bias[row]) : 0;
+    for (uint32_t i = 0; i < p.length; ++i) {
       acc += static_cast<uint32_t>((weights[i] - zeropoint) * (in[i] - q.in_zeropoint));
     }
-    out[row] = requantize<typename Types::Activation>(q, row, static_cast<int32_t>(acc));
+    out[row] = requantize<Activation>(q, row, static_cast<int32_t>(acc));
   }
-  return 0;
 }
 
-}  // namespace
+#define INSTANTIATE(types) template void connect<KO_TYPES(types)>(const IntegerProduct&);
+KO_TYPES_WORDS(INSTANTIATE)
+
 }  // namespace nnlib
 
 #define DEFINE(types, suffix)                                                               \
@@ -36,9 +39,9 @@ int32_t connect(const typename Types::Activation* in, const KoMatrix<Types>& m,
       const KO_ACTIVATION(types) * in, const KO_WEIGHT(types) * weights, uint16_t length,   \
       uint16_t rows, const int32_t* multiplier, const int16_t* shift, KO_ZEROPOINTS(types), \
       const int32_t* bias, KO_ACTIVATION(types) * out, void* scratch) {                     \
-    const nnlib::KoMatrix<KO_TYPES(types)> matrix = {                                       \
-        weights, bias, rows, length, 0, KO_QUANTIZATION(types, suffix)};                    \
-    return nnlib::connect(in, matrix, out, scratch);                                        \
+    nnlib::connect<KO_TYPES(types)>(                                                        \
+        {in, weights, length, rows, bias, KO_QUANTIZATION(types, suffix), out, scratch});   \
+    return 0;                                                                               \
   }
 
 extern "C" {

@@ -43,64 +43,6 @@ constexpr uint16_t u16(uint32_t size) {
   return static_cast<uint16_t>(size);
 }
 
-// The kernels of a form, by shape. KO_CONVOLUTION's arguments from a convolution `c`:
-#define CONVOLUTION(types)                                                                      \
-  static_cast<const KO_ACTIVATION(types)*>(c.in), u16(g.in_width), u16(g.in_height),            \
-      u16(g.in_channels), static_cast<const KO_WEIGHT(types)*>(c.weights), u16(g.out_channels), \
-      u16(g.kernel_width), u16(g.kernel_height), u16(g.pad_x), u16(g.pad_y), u16(g.stride_x),   \
-      u16(g.stride_y), c.bias, c.multiplier, c.shift, ZEROPOINTS_##types,                       \
-      static_cast<KO_ACTIVATION(types)*>(c.out), u16(g.out_width), u16(g.out_height), c.scratch
-#define ZEROPOINT(types, value) static_cast<KO_ACTIVATION(types)>(value)
-#define WEIGHT_ZEROPOINTS static_cast<const uint8_t*>(c.weight_zeropoints)
-#define ZEROPOINTS_uint8 \
-  ZEROPOINT(uint8, c.in_zeropoint), WEIGHT_ZEROPOINTS, ZEROPOINT(uint8, c.out_zeropoint)
-#define ZEROPOINTS_int8symwt \
-  ZEROPOINT(int8symwt, c.in_zeropoint), ZEROPOINT(int8symwt, c.out_zeropoint)
-#define ZEROPOINTS_int8_int8symwt \
-  ZEROPOINT(int8_int8symwt, c.in_zeropoint), ZEROPOINT(int8_int8symwt, c.out_zeropoint)
-#define ADAPT_ZEROPOINT_uint8 WEIGHT_ZEROPOINTS,
-#define ADAPT_ZEROPOINT_int8symwt
-#define ADAPT_ZEROPOINT_int8_int8symwt
-
-#define DEFINE_KERNELS(types, suffix)                                                              \
-  struct Kernels_##types##suffix {                                                                 \
-    static void correct_biases(const IntegerConvolution& c) {                                      \
-      const ConvGeometry& g = c.geometry;                                                          \
-      ko_##types##_convolve_HWC_basic_rank1upd##suffix(                                            \
-          u16(g.in_channels), static_cast<const KO_WEIGHT(types)*>(c.weights),                     \
-          u16(g.out_channels), u16(g.kernel_width), u16(g.kernel_height), c.bias,                  \
-          ZEROPOINT(types, c.in_zeropoint), c.scratch);                                            \
-    }                                                                                              \
-    static void adapt_weights(const IntegerConvolution& c) {                                       \
-      const ConvGeometry& g = c.geometry;                                                          \
-      ko_##types##_DW_HWC_Wadapt##suffix(static_cast<const KO_WEIGHT(types)*>(c.weights),          \
-                                         u16(g.in_channels), u16(g.kernel_width),                  \
-                                         u16(g.kernel_height), ADAPT_ZEROPOINT_##types c.scratch); \
-    }                                                                                              \
-    static void rgb(const IntegerConvolution& c) {                                                 \
-      const ConvGeometry& g = c.geometry;                                                          \
-      ko_##types##_convolve_HWC_RGB##suffix(                                                       \
-          static_cast<const KO_ACTIVATION(types)*>(c.in), u16(g.in_width), u16(g.in_channels),     \
-          static_cast<const KO_WEIGHT(types)*>(c.weights), u16(g.out_channels),                    \
-          u16(g.kernel_width), u16(g.pad_x), u16(g.stride_x), c.bias, c.multiplier, c.shift,       \
-          ZEROPOINTS_##types, static_cast<KO_ACTIVATION(types)*>(c.out), u16(g.out_width),         \
-          c.scratch);                                                                              \
-    }                                                                                              \
-    static void pointwise(const IntegerConvolution& c) {                                           \
-      const ConvGeometry& g = c.geometry;                                                          \
-      ko_##types##_convolve_1x1_HWC_fast_nonsquare##suffix(CONVOLUTION(types));                    \
-    }                                                                                              \
-    static void depthwise(const IntegerConvolution& c) {                                           \
-      const ConvGeometry& g = c.geometry;                                                          \
-      ko_##types##_depthwise_separable_conv_HWC_nonsquare##suffix(CONVOLUTION(types));             \
-    }                                                                                              \
-    static void basic(const IntegerConvolution& c) {                                               \
-      const ConvGeometry& g = c.geometry;                                                          \
-      ko_##types##_convolve_HWC_basic_nonsquare##suffix(CONVOLUTION(types));                       \
-    }                                                                                              \
-  };
-KO_FORMS(DEFINE_KERNELS)
-
 uint32_t columns_size(const ConvGeometry& g) {
   return ko_convolve_HWC_scratch_size(u16(g.in_channels), u16(g.out_channels), u16(g.kernel_width),
                                       u16(g.kernel_height));
@@ -111,18 +53,18 @@ uint32_t depthwise_size(const ConvGeometry& g) {
                                                       u16(g.kernel_height));
 }
 
-// Shapes 1 to 5; 4 is reserved and treated like 5.
-template <class Kernels>
+// Shapes 1 to 5; 4 is reserved and treated like 5. Three channels need no code of their own.
+template <class Types>
 constexpr IntegerConvKernel kShapes[] = {
-    {Kernels::correct_biases, Kernels::rgb, columns_size},
-    {nullptr, Kernels::pointwise, columns_size},
-    {Kernels::adapt_weights, Kernels::depthwise, depthwise_size},
-    {Kernels::correct_biases, Kernels::basic, columns_size},
-    {Kernels::correct_biases, Kernels::basic, columns_size},
+    {correct_biases<Types>, convolve_basic<Types>, columns_size},
+    {nullptr, convolve_1x1<Types>, columns_size},
+    {adapt_weights<Types>, convolve_depthwise<Types>, depthwise_size},
+    {correct_biases<Types>, convolve_basic<Types>, columns_size},
+    {correct_biases<Types>, convolve_basic<Types>, columns_size},
 };
 
-#define FORM_ENTRY(types, suffix) kShapes<Kernels_##types##suffix>,
-constexpr const IntegerConvKernel* kForms[] = {KO_FORMS(FORM_ENTRY)};
+#define WORD_ENTRY(types) kShapes<KO_TYPES(types)>,
+constexpr const IntegerConvKernel* kWords[] = {KO_TYPES_WORDS(WORD_ENTRY)};
 
 }  // namespace
 
@@ -138,7 +80,7 @@ const IntegerConvKernel* integer_conv_kernel(IntegerForm form, IntegerConvShape 
   if (form == IntegerForm::kNone || shape == IntegerConvShape::kUnsupported) {
     return nullptr;
   }
-  return &kForms[static_cast<uint32_t>(form)][static_cast<uint32_t>(shape) - 1];
+  return &kWords[types_word(form)][static_cast<uint32_t>(shape) - 1];
 }
 
 }  // namespace nnlib

@@ -2,7 +2,7 @@
 #ifndef NNLIB_LAYERS_QUANTIZED_CONV2D_INTEGER_CHOICE_HPP
 #define NNLIB_LAYERS_QUANTIZED_CONV2D_INTEGER_CHOICE_HPP
 
-#include "kernels/conv_geometry.hpp"
+#include "kernels/integer_convolution.hpp"
 #include "layers_quantized/integer_quantization.hpp"
 
 namespace nnlib {
@@ -18,21 +18,6 @@ enum class IntegerConvShape : uint32_t {
 
 // rgb: whether the kernels for three channels may be chosen.
 IntegerConvShape choose_integer_conv(const ConvGeometry& geometry, uint32_t groups, bool rgb);
-
-// A kernel's arguments, in any form.
-struct IntegerConvolution {
-  ConvGeometry geometry;
-  const void* in;
-  const void* weights;
-  const int32_t* bias;  // or null
-  const int32_t* multiplier;
-  const int16_t* shift;
-  int32_t in_zeropoint;
-  const void* weight_zeropoints;
-  int32_t out_zeropoint;
-  void* out;
-  void* scratch;
-};
 
 struct IntegerConvKernel {
   // Prepares the scratch for any number of runs with the same weights; may be null.

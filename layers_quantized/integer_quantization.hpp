@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "kernels/ko_requantize.h"
+#include "kernels/ko_types.hpp"
 #include "layers/layer_tensors.hpp"
 
 namespace nnlib {
@@ -23,6 +24,11 @@ enum class IntegerForm : uint32_t {
 
 inline bool has_channels(IntegerForm form) {
   return (static_cast<uint32_t>(form) & 1) != 0;
+}
+
+// The place of a form's types word in KO_TYPES_WORDS.
+inline uint32_t types_word(IntegerForm form) {
+  return static_cast<uint32_t>(form) / 2;
 }
 
 // By the signs of input and weights, and whether the weights have one scale or one for each output
@@ -110,6 +116,20 @@ inline const void* weight_zeropoints(IntegerForm form, const ai_tensor& weights)
     core_fault();
   }
   return &kNone;
+}
+
+// What a kernel of the form gets. Zero points count as elements of its activations' type.
+inline KoQuantization kernel_quantization(IntegerForm form, const RequantizationPairs& pairs,
+                                          const ai_tensor& input, const ai_tensor& weights,
+                                          const ai_tensor& output) {
+  const auto zeropoint = [&input](const ai_tensor& tensor) -> int32_t {
+    const int32_t value = ai_tensor_zeropoint(&tensor, 0);
+    return ai_fmt_is_signed(ai_tensor_format(&input)) ? int32_t{static_cast<int8_t>(value)}
+                                                      : int32_t{static_cast<uint8_t>(value)};
+  };
+  return {pairs.multiplier(), pairs.shift(),
+          zeropoint(input),   static_cast<const uint8_t*>(weight_zeropoints(form, weights)),
+          zeropoint(output),  has_channels(form) ? ~uint32_t{0} : 0};
 }
 
 }  // namespace nnlib

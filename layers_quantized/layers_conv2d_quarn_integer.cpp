@@ -39,17 +39,14 @@ class PreparedConvolution {
     const ai_tensor& input = layer_input(layer.base);
     const ai_tensor& weights = layer_weights(layer.base);
     const ai_tensor* bias = optional_tensor(layer.base, AI_CHAIN_WEIGHTS, 1);
-    arguments_ = {g,
-                  ai_tensor_data(&input),
-                  ai_tensor_data(&weights),
-                  static_cast<const int32_t*>(ai_tensor_data(bias)),
-                  pairs_.multiplier(),
-                  pairs_.shift(),
-                  ai_tensor_zeropoint(&input, 0),
-                  weight_zeropoints(form_of(layer), weights),
-                  ai_tensor_zeropoint(&layer_output(layer.base), 0),
-                  nullptr,
-                  scratch_};
+    arguments_ = {
+        g,
+        ai_tensor_data(&input),
+        ai_tensor_data(&weights),
+        static_cast<const int32_t*>(ai_tensor_data(bias)),
+        kernel_quantization(form_of(layer), pairs_, input, weights, layer_output(layer.base)),
+        nullptr,
+        scratch_};
     if (kernel_.prepare != nullptr) {
       kernel_.prepare(arguments_);
     }

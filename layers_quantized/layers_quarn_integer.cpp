@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/core_broadcast.h"
+#include "kernels/integer_dense.hpp"
 #include "kernels/ko_add.h"
 #include "kernels/ko_fully_connected.h"
 #include "layers_quantized/integer_quantization.hpp"
@@ -12,40 +13,8 @@ namespace {
 
 // --- dense ----------------------------------------------------------------------------------
 
-// A kernel's arguments, in any form.
-struct IntegerProduct {
-  const uint8_t* in;
-  const void* weights;
-  uint16_t length;
-  uint16_t rows;
-  const RequantizationPairs& pairs;
-  int32_t in_zeropoint;
-  const uint8_t* weight_zeropoint;
-  int32_t out_zeropoint;
-  const int32_t* bias;  // or null
-  uint8_t* out;
-  void* scratch;  // or null
-};
-
-#define ZEROPOINT(types, value) static_cast<KO_ACTIVATION(types)>(value)
-#define ZEROPOINTS_uint8 \
-  ZEROPOINT(uint8, p.in_zeropoint), p.weight_zeropoint, ZEROPOINT(uint8, p.out_zeropoint)
-#define ZEROPOINTS_int8symwt \
-  ZEROPOINT(int8symwt, p.in_zeropoint), ZEROPOINT(int8symwt, p.out_zeropoint)
-#define ZEROPOINTS_int8_int8symwt \
-  ZEROPOINT(int8_int8symwt, p.in_zeropoint), ZEROPOINT(int8_int8symwt, p.out_zeropoint)
-#define DEFINE(types, suffix)                                                                    \
-  void multiply_##types##suffix(const IntegerProduct& p) {                                       \
-    ko_##types##_fully_connected##suffix(                                                        \
-        reinterpret_cast<const KO_ACTIVATION(types)*>(p.in),                                     \
-        static_cast<const KO_WEIGHT(types)*>(p.weights), p.length, p.rows, p.pairs.multiplier(), \
-        p.pairs.shift(), ZEROPOINTS_##types, p.bias,                                             \
-        reinterpret_cast<KO_ACTIVATION(types)*>(p.out), p.scratch);                              \
-  }
-KO_FORMS(DEFINE)
-
-#define FORM_ENTRY(types, suffix) multiply_##types##suffix,
-constexpr void (*kProducts[])(const IntegerProduct&) = {KO_FORMS(FORM_ENTRY)};
+#define PRODUCT(types) connect<KO_TYPES(types)>,
+constexpr void (*kProducts[])(const IntegerProduct&) = {KO_TYPES_WORDS(PRODUCT)};
 
 uint32_t widened_size(uint32_t length) {
   return aligned_to_word(ko_fully_connected_scratch_size(static_cast<uint16_t>(length)));
@@ -66,22 +35,21 @@ void dense(const ai_layer& layer) {
   const RequantizationPairs pairs = requantization_pairs(
       form, input, weights, output, out.channels,
       [&] { return aligned_scratch(layer_scratch(layer)) + widened_size(length); });
+  const uint8_t* in = tensor_data<const uint8_t>(input);
+  uint8_t* to = tensor_data<uint8_t>(output);
   IntegerProduct product = {
-      tensor_data<const uint8_t>(input),
+      in,
       ai_tensor_data(&weights),
-      static_cast<uint16_t>(length),
-      static_cast<uint16_t>(out.channels),
-      pairs,
-      ai_tensor_zeropoint(&input, 0),
-      static_cast<const uint8_t*>(weight_zeropoints(form, weights)),
-      ai_tensor_zeropoint(&output, 0),
+      length,
+      out.channels,
       static_cast<const int32_t*>(ai_tensor_data(optional_tensor(layer, AI_CHAIN_WEIGHTS, 1))),
-      tensor_data<uint8_t>(output),
+      kernel_quantization(form, pairs, input, weights, output),
+      to,
       scratch};
   for (uint32_t position = 0; position < out.width * out.height; ++position) {
-    kProducts[static_cast<uint32_t>(form)](product);
-    product.in += length;
-    product.out += out.channels;
+    kProducts[types_word(form)](product);
+    product.in = in += length;
+    product.out = to += out.channels;
   }
 }
 

@@ -76,19 +76,23 @@ TEST(IntegerConvChoice, GoesByTheFirstConditionThatHolds) {
   EXPECT_EQ(IntegerConvShape::kBasic, choose_integer_conv(rgb, 1, false));
 }
 
-TEST(IntegerConvChoice, EveryCaseHasItsOwnKernel) {
+// Channels with entries of their own, and three input channels, are matters of the arguments.
+TEST(IntegerConvChoice, EveryTypesWordHasItsOwnKernels) {
   std::vector<void (*)(const nnlib::IntegerConvolution&)> runs;
-  for (uint32_t form = 0; form < 6; ++form) {
-    for (uint32_t shape : {1, 2, 3, 5}) {
-      const auto* kernel =
-          integer_conv_kernel(static_cast<IntegerForm>(form), static_cast<IntegerConvShape>(shape));
-      ASSERT_NE(nullptr, kernel);
-      EXPECT_EQ(0, std::count(runs.begin(), runs.end(), kernel->run));
-      runs.push_back(kernel->run);
+  for (uint32_t form : {0, 2, 4}) {
+    const auto kernel = [form](IntegerConvShape shape, uint32_t channels = 0) {
+      return integer_conv_kernel(static_cast<IntegerForm>(form + channels), shape);
+    };
+    for (auto shape :
+         {IntegerConvShape::kBasic, IntegerConvShape::kPointwise, IntegerConvShape::kDepthwise}) {
+      ASSERT_NE(nullptr, kernel(shape));
+      EXPECT_EQ(0, std::count(runs.begin(), runs.end(), kernel(shape)->run));
+      EXPECT_EQ(kernel(shape), kernel(shape, 1));
+      runs.push_back(kernel(shape)->run);
     }
-    const auto* reserved =
-        integer_conv_kernel(static_cast<IntegerForm>(form), static_cast<IntegerConvShape>(4));
-    EXPECT_EQ(runs.back(), reserved->run);
+    for (auto shape : {IntegerConvShape::kRgb, static_cast<IntegerConvShape>(4)}) {
+      EXPECT_EQ(kernel(IntegerConvShape::kBasic)->run, kernel(shape)->run);
+    }
   }
   EXPECT_EQ(nullptr, integer_conv_kernel(IntegerForm::kNone, IntegerConvShape::kBasic));
   EXPECT_EQ(nullptr, integer_conv_kernel(IntegerForm::kUint8, IntegerConvShape::kUnsupported));
