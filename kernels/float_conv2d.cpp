@@ -15,9 +15,9 @@ bool one_to_one(const ConvAxis& axis) {
   return axis.taps == 1 && axis.stride == 1 && axis.start == 0 && axis.in == axis.out;
 }
 
-// The rows of a 1 x 1 convolution joined to one where they follow each other: no block of pixels
+// Joins the rows of a 1 x 1 convolution to one where they follow each other: no block of pixels
 // ends at the end of a row.
-Conv2d joined_rows(Conv2d conv) {
+void join_rows(Conv2d& conv) {
   const bool joins = one_to_one(conv.x) && one_to_one(conv.y) &&
                      conv.y.in_pitch == conv.x.in * conv.x.in_pitch &&
                      conv.y.out_pitch == conv.x.out * conv.x.out_pitch;
@@ -25,13 +25,14 @@ Conv2d joined_rows(Conv2d conv) {
     conv.x.in = conv.x.out = conv.x.in * conv.y.in;
     conv.y.in = conv.y.out = 1;
   }
-  return conv;
 }
 
 }  // namespace
 
 void conv2d_f32(const Conv2d& conv) {
-  NNLIB_VECTOR_IF(conv.out_channels >= kWideLanes, conv2d)(joined_rows(conv));
+  Conv2d joined = conv;
+  join_rows(joined);
+  NNLIB_VECTOR_IF(conv.out_channels >= kWideLanes, conv2d)(joined);
 }
 
 }  // namespace nnlib

@@ -38,22 +38,35 @@ struct RowLanes {
     }
     const int16_t* at = pairs;
     const size_t pitch = length;
-    for (size_t k = 0; k < pitch; k += 2, at += kRows * 2) {
-      __m256i values[kPixels];
+    size_t k = 0;
+    int32_t values[kPixels];
+    for (; k + 2 <= pitch; k += 2, at += kRows * 2) {
       NNLIB_UNROLL
       for (uint32_t p = 0; p < kPixels; ++p) {
-        // Of an odd length the last pair reaches one value further, which meets a zero weight.
-        int32_t pair;
-        std::memcpy(&pair, columns + p * pitch + k, sizeof(pair));
-        values[p] = _mm256_set1_epi32(pair);
+        std::memcpy(&values[p], columns + p * pitch + k, sizeof(values[p]));
       }
+      add_products<kPixels>(values, at, sums);
+    }
+    if (k < pitch) {
       NNLIB_UNROLL
-      for (uint32_t v = 0; v < kVectors; ++v) {
-        const __m256i weights = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at + v * 16));
-        NNLIB_UNROLL
-        for (uint32_t p = 0; p < kPixels; ++p) {
-          sums[p][v] = _mm256_add_epi32(sums[p][v], _mm256_madd_epi16(values[p], weights));
-        }
+      for (uint32_t p = 0; p < kPixels; ++p) {
+        values[p] = columns[p * pitch + k] & 0xFFFF;
+      }
+      add_products<kPixels>(values, at, sums);
+    }
+  }
+
+  // Of one pair of values for each pixel and the pairs of weights from `at` on.
+  template <uint32_t kPixels>
+  static NNLIB_ALWAYS_INLINE void add_products(const int32_t (&values)[kPixels], const int16_t* at,
+                                               __m256i (&sums)[kPixels][kVectors]) {
+    NNLIB_UNROLL
+    for (uint32_t v = 0; v < kVectors; ++v) {
+      const __m256i weights = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at + v * 16));
+      NNLIB_UNROLL
+      for (uint32_t p = 0; p < kPixels; ++p) {
+        const __m256i products = _mm256_madd_epi16(_mm256_set1_epi32(values[p]), weights);
+        sums[p][v] = _mm256_add_epi32(sums[p][v], products);
       }
     }
   }

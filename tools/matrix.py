@@ -89,14 +89,14 @@ def write_page(rows):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("targets", nargs="*", metavar="TARGET", help=" ".join(TARGETS))
-    rows = []
+    failures = False
     for target in parser.parse_args().targets or TARGETS:
-        for optimisation in BUILD_TYPES:
-            rows.append(row(target, optimisation))
-            print(" ".join(rows[-1]), flush=True)
-    write_page(rows)
-    if any(r[4] not in ("0", "-") or r[2].split()[0] != r[2].split()[2] for r in rows):
-        sys.exit("failures")
+        rows = [row(target, optimisation) for optimisation in BUILD_TYPES]
+        write_page(rows)
+        for r in rows:
+            print(" ".join(r), flush=True)
+            failures |= r[4] not in ("0", "-") or r[2].split()[0] != r[2].split()[2]
+    sys.exit("failures" if failures else 0)
 
 
 if __name__ == "__main__":

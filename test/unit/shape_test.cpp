@@ -305,8 +305,8 @@ TEST(TopK, EveryAxis) {
 }
 
 TEST(TopK, NanStays) {
-  float line[] = {1, NAN, 0, 5, 7}, values[3];
-  uint32_t indices[3];
+  float line[] = {1, NAN, 0, 5, 7}, values[3] = {};
+  uint32_t indices[3] = {};
   nnlib::tensor in({1, 5, 1, 1}, line), out({1, 3, 1, 1}, values), out2({1, 3, 1, 1}, indices);
   run(forward_topK, ai_layer_topk{{}, AI_SHAPE_C, 3}, list(in), list(out, out2));
   EXPECT_EQ(std::vector<uint32_t>(indices, indices + 3), (std::vector<uint32_t>{0, 1, 4}));
