@@ -1,6 +1,5 @@
 // The fixed-point kernels against one naive loop, the choice between them, and the layers on them.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -30,6 +29,7 @@
 #include "layers_quantized/layers_nl_quarn_fixed.h"
 #include "layers_quantized/layers_pool_quarn_fixed.h"
 #include "layers_quantized/layers_sm_quarn_fixed.h"
+#include "test/unit/cpu_limit.hpp"
 
 namespace {
 
@@ -426,18 +426,18 @@ TEST(FixedConvolutionLayer, UnsupportedHangs) {
                              {1, 1},
                              {1, 1},
                              {AI_DIMS_WORD(AI_SHAPE_TYPE, 4), pad}};
-    ualarm(100000, 0);
+    limit_cpu_time();
     forward_conv2d_fixed(&layer.base);
     std::exit(0);
   };
   constexpr ai_array_format q7 = AI_ARRAY_FORMAT_S8, q15 = AI_ARRAY_FORMAT_S16;
   EXPECT_EXIT(run(4, {q7, q7, q7, q7}), testing::ExitedWithCode(0), "");
   EXPECT_EXIT(run(1, {q15, q15, q15, q15}), testing::ExitedWithCode(0), "");
-  EXPECT_EXIT(run(2, {q7, q7, q7, q7}), testing::KilledBySignal(SIGALRM), "");
-  EXPECT_EXIT(run(1, {q7, q15, q7, q7}), testing::KilledBySignal(SIGALRM), "");
-  EXPECT_EXIT(run(1, {q15, q7, q15, q15}), testing::KilledBySignal(SIGALRM), "");
-  EXPECT_EXIT(run(1, {q15, q15, q7, q15}), testing::KilledBySignal(SIGALRM), "");
-  EXPECT_EXIT(run(1, {q15, q15, q15, q7}), testing::KilledBySignal(SIGALRM), "");
+  EXPECT_EXIT(run(2, {q7, q7, q7, q7}), testing::KilledBySignal(SIGVTALRM), "");
+  EXPECT_EXIT(run(1, {q7, q15, q7, q7}), testing::KilledBySignal(SIGVTALRM), "");
+  EXPECT_EXIT(run(1, {q15, q7, q15, q15}), testing::KilledBySignal(SIGVTALRM), "");
+  EXPECT_EXIT(run(1, {q15, q15, q7, q15}), testing::KilledBySignal(SIGVTALRM), "");
+  EXPECT_EXIT(run(1, {q15, q15, q15, q7}), testing::KilledBySignal(SIGVTALRM), "");
 }
 
 // A sum beyond 32 bits in one channel, and its negative in the other.

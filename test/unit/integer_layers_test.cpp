@@ -18,6 +18,7 @@
 #include "layers_quantized/layers_nl_quarn_integer.h"
 #include "layers_quantized/layers_pool_quarn_integer.h"
 #include "layers_quantized/layers_quarn_integer.h"
+#include "test/unit/cpu_limit.hpp"
 
 namespace {
 
@@ -304,15 +305,15 @@ TEST(IntegerFusedLayer, EqualsItsPartsInSequence) {
 template <class T, class W>
 void run_soon_killed(uint32_t groups, size_t offset) {
   ConvLayer<T, W> layer({3, 3, 4, 4, 1, 1, 0, 0, 1, 1, 3, 3}, groups, false, false);
-  ualarm(50000, 0);
+  limit_cpu_time();
   layer.run(forward_conv2d_integer, offset);
   _exit(0);
 }
 
 TEST(IntegerLayersDeathTest, HangOnWhatTheyDoNotKnowAndFaultOnBadScratch) {
   EXPECT_EXIT((run_soon_killed<int8_t, int8_t>(4, 0)), testing::ExitedWithCode(0), "");
-  EXPECT_EXIT((run_soon_killed<int8_t, int8_t>(2, 0)), testing::KilledBySignal(SIGALRM), "");
-  EXPECT_EXIT((run_soon_killed<int8_t, uint8_t>(1, 0)), testing::KilledBySignal(SIGALRM), "");
+  EXPECT_EXIT((run_soon_killed<int8_t, int8_t>(2, 0)), testing::KilledBySignal(SIGVTALRM), "");
+  EXPECT_EXIT((run_soon_killed<int8_t, uint8_t>(1, 0)), testing::KilledBySignal(SIGVTALRM), "");
   EXPECT_DEATH((run_soon_killed<int8_t, int8_t>(1, 2)), "");  // not aligned
 }
 
