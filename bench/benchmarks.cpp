@@ -53,8 +53,8 @@ void add_peaks() {
   add_benchmark("peak", "one chain", static_cast<double>(multiply_add_chain(5000)),
                 [] { multiply_add_chain(5000); });
   constexpr size_t kFloats = size_t{64} << 20;
-  auto floats = std::make_shared<Floats>(kFloats);
-  add_benchmark("peak", "reads of 256 MiB", 0, [floats] { read_floats(floats->data(), kFloats); });
+  static const auto floats = std::make_shared<Floats>(kFloats);
+  add_benchmark("peak", "reads of 256 MiB", 0, [] { read_floats(floats->data(), kFloats); });
 }
 
 }  // namespace bench
