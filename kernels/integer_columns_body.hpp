@@ -175,22 +175,9 @@ struct IntegerRowLanes {
     }
   }
 
-  template <uint32_t kPixels>
-  NNLIB_ALWAYS_INLINE void multiply_pixels(const int16_t* columns, size_t pixel) const {
-    __m256i sums[kPixels][kVectors];
-    rows.template multiply<kPixels>(columns, sums);
-    NNLIB_UNROLL
-    for (uint32_t p = 0; p < kPixels; ++p) {
-      finish(sums[p], pixel + p);
-    }
-  }
-
   NNLIB_ALWAYS_INLINE void operator()(const int16_t* columns, uint32_t pixels, size_t pixel) const {
-    if (pixels == 2) {
-      multiply_pixels<2>(columns, pixel);
-    } else {
-      multiply_pixels<1>(columns, pixel);
-    }
+    rows.multiply_pixels(columns, pixels, pixel,
+                         [this](const __m256i(&sums)[kVectors], size_t at) { finish(sums, at); });
   }
 
   uint32_t count;

@@ -56,6 +56,22 @@ struct RowLanes {
     }
   }
 
+  // Calls finish(sums, pixel) for each of one or two pixels, the sums being kVectors vectors.
+  template <class Finish>
+  NNLIB_ALWAYS_INLINE void multiply_pixels(const int16_t* columns, uint32_t pixels, size_t pixel,
+                                           const Finish& finish) const {
+    if (pixels == 2) {
+      __m256i sums[2][kVectors];
+      multiply<2>(columns, sums);
+      finish(sums[0], pixel);
+      finish(sums[1], pixel + 1);
+    } else {
+      __m256i sums[1][kVectors];
+      multiply<1>(columns, sums);
+      finish(sums[0], pixel);
+    }
+  }
+
   // Of one pair of values for each pixel and the pairs of weights from `at` on.
   template <uint32_t kPixels>
   static NNLIB_ALWAYS_INLINE void add_products(const int32_t (&values)[kPixels], const int16_t* at,
