@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The whole public API of the runtime. */
 #ifndef NNLIB_H
 #define NNLIB_H

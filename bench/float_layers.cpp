@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The float layers that are not products of matrices.
 #include "bench/layer.hpp"
 #include "core/ai_math_helpers.h"

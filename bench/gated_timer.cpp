@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/gated_timer.hpp"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Times that repeat on a machine whose speed does not: a batch of calls counts only when the
 // processor ran at full speed just before and just after it.
 #ifndef BENCH_GATED_TIMER_HPP

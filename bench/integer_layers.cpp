@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The layers of 8-bit integers that are not products of matrices, and the conversions.
 #include "bench/layer.hpp"
 #include "core/core_convert.h"

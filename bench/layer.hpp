@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Layers with tensors of their own, to be run again and again.
 #ifndef BENCH_LAYER_HPP
 #define BENCH_LAYER_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The formulas as plain loops, each sum by itself: what a straightforward program does.
 #include <cmath>
 #include <vector>

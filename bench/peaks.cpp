@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/peaks.hpp"
 
 #include "kernels/vector.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What this core can do at most, in the arithmetic of the kernels: a product rounded, then a sum.
 #ifndef BENCH_PEAKS_HPP
 #define BENCH_PEAKS_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Body of peaks.cpp, once for each number of lanes.
 
 inline uint64_t multiply_add_chains(uint64_t rounds) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The same convolutions and dense layers by oneDNN (float32) and XNNPACK (float32 and int8), their
 // weights packed beforehand as they like them best.
 #include <cpuinfo.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Convolutions and dense layers of the runtime in every number format.
 #include <cmath>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is measured: one list of shapes for all number formats, the naive loops and the peers.
 #ifndef BENCH_WORKLOADS_HPP
 #define BENCH_WORKLOADS_HPP

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Runs PROGRAM and fails unless it succeeds and prints exactly the file EXPECTED.
 execute_process(COMMAND ${PROGRAM} OUTPUT_VARIABLE printed RESULT_VARIABLE status)
 file(READ ${EXPECTED} expected)

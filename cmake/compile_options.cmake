@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Compiler settings of our own targets; users of the libraries inherit none of them.
 
 # Assertions and reports name files relative to the repository.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Runs PROGRAM and fails unless it exits with STATUS.
 execute_process(COMMAND ${PROGRAM} RESULT_VARIABLE status)
 if(NOT status STREQUAL STATUS)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Headers, libraries, the CMake package and pkg-config files.
 include(CMakePackageConfigHelpers)
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The revision that the runtime reports: the checkout's commit, or zeros outside a checkout.
 if(NOT DEFINED NNLIB_REVISION)
   find_package(Git QUIET)

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Descriptors of caller memory that crosses the platform API. */
 #ifndef NNLIB_CORE_AI_BUFFER_H
 #define NNLIB_CORE_AI_BUFFER_H

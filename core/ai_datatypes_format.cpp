@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "core/ai_datatypes_format.h"
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Array and buffer format words: layout, named formats, validity, conversion, sizes.
  *
  * A format word is 32 bits (bit 0 least significant):

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Helpers that declare networks as static data, for C and for C++.
  *
  * Strides, element counts, list sizes and list order follow from what is given. An activation has
@@ -17,7 +18,7 @@
  *   constinit nnlib::tensor x({1, 3, 1, 1}, static_cast<float*>(nullptr));
  *   constinit nnlib::tensor w({3, 2, 1, 1}, w_data);
  *   constinit nnlib::tensor y({1, 2, 1, 1}, y_data, nnlib::copied);
- *   constinit nnlib::chain dense_chain(nnlib::list(x), nnlib::list(y), nnlib::list(w));
+ *   constinit nnlib::layer_chain dense_chain(nnlib::list(x), nnlib::list(y), nnlib::list(w));
  *   constinit ai_layer dense = nnlib::layer(AI_LAYER_TYPE_DENSE, forward_dense, dense_chain);
  *   constinit nnlib::network net(nnlib::list(x), nnlib::list(y), dense);
  */
@@ -198,9 +199,9 @@ constexpr tensor_list<sizeof...(Tensors)> list(Tensors&&... tensors) {
 
 /* A layer's chain of four lists. */
 template <size_t Inputs, size_t Outputs, size_t Weights = 0, size_t Scratch = 0>
-struct chain : ai_tensor_chain {
-  constexpr chain(tensor_list<Inputs> inputs, tensor_list<Outputs> outputs,
-                  tensor_list<Weights> weights = {}, tensor_list<Scratch> scratch = {})
+struct layer_chain : ai_tensor_chain {
+  constexpr layer_chain(tensor_list<Inputs> inputs, tensor_list<Outputs> outputs,
+                        tensor_list<Weights> weights = {}, tensor_list<Scratch> scratch = {})
       : ai_tensor_chain{AI_CHAIN_LISTS, lists_},
         inputs_(inputs),
         outputs_(outputs),
@@ -210,8 +211,8 @@ struct chain : ai_tensor_chain {
                {Outputs, outputs_.tensors, nullptr},
                {Weights, weights_.tensors, nullptr},
                {Scratch, scratch_.tensors, nullptr}} {}
-  chain(const chain&) = delete;
-  chain& operator=(const chain&) = delete;
+  layer_chain(const layer_chain&) = delete;
+  layer_chain& operator=(const layer_chain&) = delete;
 
  private:
   tensor_list<Inputs> inputs_;

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* An intrusive, circular, doubly-linked list.
  *
  * A list is a head node; an empty head points to itself. Nodes are embedded in the user's records

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The base record of every layer. A layer kind's record starts with it and adds its parameters. */
 #ifndef NNLIB_CORE_AI_LAYER_H
 #define NNLIB_CORE_AI_LAYER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "core/ai_math_helpers.h"
 
 #include <math.h>

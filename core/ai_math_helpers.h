@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Single-precision scalar functions: activations, dot product and binary operations.
  *
  * "In double" means that the library's double-precision function is evaluated and its result

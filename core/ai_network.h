@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The network record and the records behind its input and output lists. */
 #ifndef NNLIB_CORE_AI_NETWORK_H
 #define NNLIB_CORE_AI_NETWORK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "core/ai_platform_interface.h"
 
 #include <cstring>

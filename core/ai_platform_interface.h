@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The platform API: create, initialise, describe and run a network.
  *
  * Failures never abort. They are kept as an error word in the network, where the first one sticks

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The data model: arrays, shapes and strides, quantization records, tensors, lists and chains.
  *
  * All records are plain data, normally constant-initialised (ai_declare.h); nothing here owns

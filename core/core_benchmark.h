@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A microsecond timer. */
 #ifndef NNLIB_CORE_CORE_BENCHMARK_H
 #define NNLIB_CORE_CORE_BENCHMARK_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Broadcasting of dimensions of size 1 over the loops of a larger shape.
  *
  * The loops run batch fastest, then channels, width and height, and move each operand by an

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "core/core_common.h"
 
 bool core_init(void) {

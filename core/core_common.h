@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Start-up, the error word, and the two ways in which the runtime stops on purpose. */
 #ifndef NNLIB_CORE_CORE_COMMON_H
 #define NNLIB_CORE_CORE_COMMON_H

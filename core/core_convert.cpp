@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "core/core_convert.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Format conversion layers: float, fixed point (Q) and quantized 8-bit integers.
  *
  * List 0 tensor 0 is the input, list 1 tensor 0 the output; the elements of the input's shape are

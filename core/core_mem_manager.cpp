@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "core/core_mem_manager.h"
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A guarded heap: it releases only the blocks that it handed out. */
 #ifndef NNLIB_CORE_CORE_MEM_MANAGER_H
 #define NNLIB_CORE_CORE_MEM_MANAGER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "core/core_ring_buffer.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A ring buffer of elements of one size. */
 #ifndef NNLIB_CORE_CORE_RING_BUFFER_H
 #define NNLIB_CORE_CORE_RING_BUFFER_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Copies of core records, the checksum and the network signature. */
 #ifndef NNLIB_CORE_CORE_UTILS_H
 #define NNLIB_CORE_CORE_UTILS_H

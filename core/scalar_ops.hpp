@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The scalar operations, one line each, behind the public math helpers and the element-wise
 // kernels. The way a comparison is written decides what happens to NaN and to the sign of zero.
 #ifndef NNLIB_CORE_SCALAR_OPS_HPP

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A complete small classifier in fixed point: which way do the lines of an 8 x 8 picture run?
  *
  * Convolution with four line filters and relu, max pooling, a dense layer and softmax, all Q7. The

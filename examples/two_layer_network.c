@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A two-layer network in plain C, run over three batches: once with arrays of its own, that data is
  * copied to and from, and once working in the caller's buffers.
  *

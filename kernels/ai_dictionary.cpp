@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/ai_dictionary.h"
 
 #include "kernels/dictionary_dot.hpp"

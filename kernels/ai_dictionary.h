@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Weights stored as indices of 4 or 8 bits into a dictionary of 16 or 256 floats.
  *
  * 4-bit indices lie two in a byte, the first in the high half; of an odd number the last one is the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/arm_convert.h"
 
 #include <algorithm>

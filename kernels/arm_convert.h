@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Conversions between Q7, Q15 and float of numbers without integer bits (7 or 15 fractional bits).
  * Each converts blockSize elements; source and destination do not overlap. */
 #ifndef NNLIB_KERNELS_ARM_CONVERT_H

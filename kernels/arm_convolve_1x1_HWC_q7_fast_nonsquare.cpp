@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/arm_convolve_1x1_HWC_q7_fast_nonsquare.h"
 
 #include "kernels/fixed_columns.hpp"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Q7 convolution with a 1x1 kernel. */
 #ifndef NNLIB_KERNELS_ARM_CONVOLVE_1X1_HWC_Q7_FAST_NONSQUARE_H
 #define NNLIB_KERNELS_ARM_CONVOLVE_1X1_HWC_Q7_FAST_NONSQUARE_H

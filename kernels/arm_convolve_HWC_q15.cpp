@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/arm_convolve_HWC_q15.h"
 
 #include "kernels/fixed_columns.hpp"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Q15 convolution of square maps with square kernels: the arithmetic and the layouts of
  * arm_convolve_HWC_q7_basic_nonsquare, saturated to 16 bits, with a Q15 bias. The accumulator has
  * 32 bits here too and wraps: inputs and weights need the headroom. bufferB is not used. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/arm_convolve_HWC_q7_RGB.h"
 
 #include "kernels/fixed_columns.hpp"

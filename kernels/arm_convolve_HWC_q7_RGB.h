@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Q7 convolution of a square image of three channels. */
 #ifndef NNLIB_KERNELS_ARM_CONVOLVE_HWC_Q7_RGB_H
 #define NNLIB_KERNELS_ARM_CONVOLVE_HWC_Q7_RGB_H

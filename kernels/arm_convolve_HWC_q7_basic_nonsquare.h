@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Q7 convolution, any sizes.
  *
  * Maps are HWC: element (x, y, c) of a map of width W with C channels is number (y * W + x) * C +

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/arm_copy_q7.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Copies a vector. */
 #ifndef NNLIB_KERNELS_ARM_COPY_Q7_H
 #define NNLIB_KERNELS_ARM_COPY_Q7_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/arm_depthwise_separable_conv_HWC_q7_nonsquare.h"
 
 #include "kernels/fixed_depthwise.hpp"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Q7 depthwise convolution: one filter for each channel. */
 #ifndef NNLIB_KERNELS_ARM_DEPTHWISE_SEPARABLE_CONV_HWC_Q7_NONSQUARE_H
 #define NNLIB_KERNELS_ARM_DEPTHWISE_SEPARABLE_CONV_HWC_Q7_NONSQUARE_H

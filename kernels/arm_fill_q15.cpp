@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/arm_fill_q15.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Fills a vector with one value. */
 #ifndef NNLIB_KERNELS_ARM_FILL_Q15_H
 #define NNLIB_KERNELS_ARM_FILL_Q15_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/arm_fully_connected.h"
 
 #include "kernels/fixed_columns.hpp"

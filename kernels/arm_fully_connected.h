@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Fully connected layers on 16-bit vectors.
  *
  * pOut[r] = saturate((bias[r] * 2^bias_shift + 2^(out_shift - 1) + pM[r] . pV) >> out_shift) for

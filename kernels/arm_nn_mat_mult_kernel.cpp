@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/arm_nn_mat_mult_kernel.h"
 
 #include "kernels/fixed_mat_mult.hpp"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Rows of Q7 weights times two columns of 16-bit values. */
 #ifndef NNLIB_KERNELS_ARM_NN_MAT_MULT_KERNEL_H
 #define NNLIB_KERNELS_ARM_NN_MAT_MULT_KERNEL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Written by tools/make_nntables.py; do not edit.
 // clang-format off
 #include "kernels/arm_nntables.h"

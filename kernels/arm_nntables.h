@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Look-up tables of tanh and sigmoid. Entry i is 2^(n-1) * f(x), rounded to nearest and saturated
  * to n signed bits, n = 8 for q7 and 16 for q15. */
 #ifndef NNLIB_KERNELS_ARM_NNTABLES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/arm_q7_to_q15_no_shift.h"
 
 #include <algorithm>

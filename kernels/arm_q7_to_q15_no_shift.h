@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Widens 8-bit elements to 16 bits without scaling. */
 #ifndef NNLIB_KERNELS_ARM_Q7_TO_Q15_NO_SHIFT_H
 #define NNLIB_KERNELS_ARM_Q7_TO_Q15_NO_SHIFT_H

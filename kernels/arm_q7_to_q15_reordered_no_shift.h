@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Widens 8-bit elements to 16 bits in the interleaved order of the reordered matrix kernels. */
 #ifndef NNLIB_KERNELS_ARM_Q7_TO_Q15_REORDERED_NO_SHIFT_H
 #define NNLIB_KERNELS_ARM_Q7_TO_Q15_REORDERED_NO_SHIFT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Shifts a vector by a signed number of bits. */
 #ifndef NNLIB_KERNELS_ARM_SHIFT_H
 #define NNLIB_KERNELS_ARM_SHIFT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Softmax to the base two over one vector of raw integers: about 2^x[i] / sum of 2^x[j], as a
  * fraction of 128 (Q7) or 32768 (Q15), whatever fractional bits the input has.
  *

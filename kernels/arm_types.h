@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Element types and status codes of the fixed-point kernels.
  *
  * A Q number of b fractional bits stands for q / 2^b; the kernels know only the raw integers. */

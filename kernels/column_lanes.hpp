@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Columns: what output pixels of a convolution see, as 16-bit values in the order kernel row,
 // kernel column, channel. For kernel bodies (vector.hpp), which include it into their namespace
 // after dot_tile_lanes.hpp.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sizes of a convolution.
 #ifndef NNLIB_KERNELS_CONV_GEOMETRY_HPP
 #define NNLIB_KERNELS_CONV_GEOMETRY_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dot products of rows of dictionary indices with one vector.
 #ifndef NNLIB_KERNELS_DICTIONARY_DOT_HPP
 #define NNLIB_KERNELS_DICTIONARY_DOT_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dot products of 8-bit weight rows with 16-bit columns, eight at a time: four rows by two columns,
 // or eight rows by one. For kernel bodies (vector.hpp), which include it into their namespace after
 // including <immintrin.h> and dual_mac.hpp outside. Sums wrap, so their order is free.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Products of 16-bit pairs, two in an instruction, on cores with the DSP extension of Arm.
 #ifndef NNLIB_KERNELS_DUAL_MAC_HPP
 #define NNLIB_KERNELS_DUAL_MAC_HPP

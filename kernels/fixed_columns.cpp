@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/fixed_columns.hpp"
 
 #include "kernels/dual_mac.hpp"

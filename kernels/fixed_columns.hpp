@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Weight rows times 16-bit columns: the products behind the fixed-point kernels, by the widest
 // vectors that the processor has.
 #ifndef NNLIB_KERNELS_FIXED_COLUMNS_HPP

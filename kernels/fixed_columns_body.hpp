@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Body of fixed_columns.cpp, once for each number of lanes.
 
 #if NNLIB_LANES == 8

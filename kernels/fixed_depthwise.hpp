@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Q7 depthwise convolution, by the widest vectors that the processor has.
 #ifndef NNLIB_KERNELS_FIXED_DEPTHWISE_HPP
 #define NNLIB_KERNELS_FIXED_DEPTHWISE_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Body of fixed_depthwise.cpp, once for each number of lanes.
 
 // What one output pixel sees of its window.

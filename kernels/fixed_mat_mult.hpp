@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Q7 weight rows times columns in another order or of another type than the fast product takes.
 #ifndef NNLIB_KERNELS_FIXED_MAT_MULT_HPP
 #define NNLIB_KERNELS_FIXED_MAT_MULT_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The arithmetic that all fixed-point convolutions, matrix and dense kernels share.
 #ifndef NNLIB_KERNELS_FIXED_POINT_HPP
 #define NNLIB_KERNELS_FIXED_POINT_HPP

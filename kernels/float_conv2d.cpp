@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/float_conv2d.hpp"
 
 #include <algorithm>

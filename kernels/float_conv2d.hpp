@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Two-dimensional convolution of float32 maps, and its transpose, through one description.
 #ifndef NNLIB_KERNELS_FLOAT_CONV2D_HPP
 #define NNLIB_KERNELS_FLOAT_CONV2D_HPP

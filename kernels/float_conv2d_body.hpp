@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Body of float_conv2d.cpp, once for each number of lanes.
 #include "kernels/float_conv_lines_body.hpp"
 #include "kernels/float_tile_body.hpp"

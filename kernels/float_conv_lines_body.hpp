@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lines of outputs that see the same taps. Included by bodies, since code for wide vectors that
 // calls a function compiled without them would lose as much time as a row of pixels takes.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Depthwise convolution of float32 maps.
 #ifndef NNLIB_KERNELS_FLOAT_DEPTHWISE_HPP
 #define NNLIB_KERNELS_FLOAT_DEPTHWISE_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/float_pool.hpp"
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Max and average pooling of float32 maps.
 #ifndef NNLIB_KERNELS_FLOAT_POOL_HPP
 #define NNLIB_KERNELS_FLOAT_POOL_HPP

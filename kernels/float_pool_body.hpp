@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Body of float_pool.cpp, once for each number of lanes.
 
 template <Pooling kind, class V>

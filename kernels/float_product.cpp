@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/float_product.hpp"
 
 #include "kernels/vector.hpp"

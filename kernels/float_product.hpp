@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Products of float32 matrices, every element one sequential sum.
 #ifndef NNLIB_KERNELS_FLOAT_PRODUCT_HPP
 #define NNLIB_KERNELS_FLOAT_PRODUCT_HPP

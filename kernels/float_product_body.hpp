@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/float_tile_body.hpp"
 
 // Adds depth k from `first` on to P rows from `row` on; the first k start the sums from 0.

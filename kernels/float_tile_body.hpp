@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The register block of every float product: P rows of `a` (pixels, positions) times NV vectors of
 // columns of `b` (output channels), k strictly in order. Included by bodies; see vector.hpp.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/integer_columns.hpp"
 
 #include "kernels/dual_mac.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The integer kernels' matrix product: weight rows times columns, the 16-bit copies of what output
 // pixels see. Convolutions and fully connected kernels are this with different columns.
 //

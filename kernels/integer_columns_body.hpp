@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/dot_tile_lanes.hpp"
 
 #include "kernels/column_lanes.hpp"

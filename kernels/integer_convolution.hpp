@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The convolutions behind ko_convolve_HWC.h and ko_depthwise_separable_conv_HWC.h.
 #ifndef NNLIB_KERNELS_INTEGER_CONVOLUTION_HPP
 #define NNLIB_KERNELS_INTEGER_CONVOLUTION_HPP

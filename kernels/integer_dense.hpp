@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The product behind ko_fully_connected.h.
 #ifndef NNLIB_KERNELS_INTEGER_DENSE_HPP
 #define NNLIB_KERNELS_INTEGER_DENSE_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/integer_depthwise.hpp"
 
 #include "kernels/vector.hpp"

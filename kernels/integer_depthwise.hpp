@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Depthwise convolution on weights adapted to 16-bit lanes.
 #ifndef NNLIB_KERNELS_INTEGER_DEPTHWISE_HPP
 #define NNLIB_KERNELS_INTEGER_DEPTHWISE_HPP

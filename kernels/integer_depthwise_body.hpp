@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/requantize_lanes.hpp"
 
 template <class Activation>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Max and average pooling of maps of 8- and 16-bit integers.
 #ifndef NNLIB_KERNELS_INTEGER_POOL_HPP
 #define NNLIB_KERNELS_INTEGER_POOL_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/ko_add.h"
 
 #include "kernels/round_quantized.hpp"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Integer addition of two vectors. */
 #ifndef NNLIB_KERNELS_KO_ADD_H
 #define NNLIB_KERNELS_KO_ADD_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/ko_convolve_HWC.h"
 
 #include "kernels/integer_columns.hpp"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The convolution kernels by way of two columns: the 16-bit copies of what two output pixels see.
  *
  * Scratch: ko_convolve_HWC_scratch_size bytes. With K = kernel width * kernel height * input

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/ko_convolve_HWC_reference.h"
 
 #include "kernels/conv_geometry.hpp"

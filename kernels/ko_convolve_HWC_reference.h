@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The reference convolution: the arithmetic that every other convolution kernel reproduces. */
 #ifndef NNLIB_KERNELS_KO_CONVOLVE_HWC_REFERENCE_H
 #define NNLIB_KERNELS_KO_CONVOLVE_HWC_REFERENCE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/ko_depthwise_separable_conv_HWC.h"
 
 #include "kernels/integer_convolution.hpp"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The integer depthwise convolution: one filter for each channel. */
 #ifndef NNLIB_KERNELS_KO_DEPTHWISE_SEPARABLE_CONV_HWC_H
 #define NNLIB_KERNELS_KO_DEPTHWISE_SEPARABLE_CONV_HWC_H

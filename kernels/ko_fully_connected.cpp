@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/ko_fully_connected.h"
 
 #include "kernels/integer_columns.hpp"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The integer fully connected kernels. */
 #ifndef NNLIB_KERNELS_KO_FULLY_CONNECTED_H
 #define NNLIB_KERNELS_KO_FULLY_CONNECTED_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Q15 convolution, any sizes. */
 #ifndef NNLIB_KERNELS_KO_FXP_CONVOLVE_HWC_Q15_NONSQUARE_H
 #define NNLIB_KERNELS_KO_FXP_CONVOLVE_HWC_Q15_NONSQUARE_H

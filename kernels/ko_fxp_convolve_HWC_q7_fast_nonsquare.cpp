@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/ko_fxp_convolve_HWC_q7_fast_nonsquare.h"
 
 #include "kernels/fixed_columns.hpp"

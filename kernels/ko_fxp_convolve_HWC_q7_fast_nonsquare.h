@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Q7 convolution for input channels divisible by 4 and an even number of output channels. */
 #ifndef NNLIB_KERNELS_KO_FXP_CONVOLVE_HWC_Q7_FAST_NONSQUARE_H
 #define NNLIB_KERNELS_KO_FXP_CONVOLVE_HWC_Q7_FAST_NONSQUARE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Fully connected layer on Q7 vectors. */
 #ifndef NNLIB_KERNELS_KO_FXP_DENSE_H
 #define NNLIB_KERNELS_KO_FXP_DENSE_H

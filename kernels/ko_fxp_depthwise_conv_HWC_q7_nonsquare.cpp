@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/ko_fxp_depthwise_conv_HWC_q7_nonsquare.h"
 
 #include "kernels/fixed_depthwise.hpp"

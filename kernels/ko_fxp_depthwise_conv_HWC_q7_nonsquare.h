@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Q7 depthwise convolution with a channel multiplier. */
 #ifndef NNLIB_KERNELS_KO_FXP_DEPTHWISE_CONV_HWC_Q7_NONSQUARE_H
 #define NNLIB_KERNELS_KO_FXP_DEPTHWISE_CONV_HWC_Q7_NONSQUARE_H

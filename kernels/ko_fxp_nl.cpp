@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/ko_fxp_nl.h"
 
 #include <algorithm>

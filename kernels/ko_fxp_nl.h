@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Element-wise functions on fixed-point data, in place. */
 #ifndef NNLIB_KERNELS_KO_FXP_NL_H
 #define NNLIB_KERNELS_KO_FXP_NL_H

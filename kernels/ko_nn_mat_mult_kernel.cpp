@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/ko_nn_mat_mult_kernel.h"
 
 #include "kernels/integer_columns.hpp"

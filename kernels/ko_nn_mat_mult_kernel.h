@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The matrix kernels of the integer convolutions: every output channel of two pixels. */
 #ifndef NNLIB_KERNELS_KO_NN_MAT_MULT_KERNEL_H
 #define NNLIB_KERNELS_KO_NN_MAT_MULT_KERNEL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kernels/ko_pool.h"
 
 #include "kernels/integer_pool.hpp"

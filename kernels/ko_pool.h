@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Integer max and average pooling of maps in rows of pixels of channels. */
 #ifndef NNLIB_KERNELS_KO_POOL_H
 #define NNLIB_KERNELS_KO_POOL_H

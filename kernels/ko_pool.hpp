@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pooling behind ko_pool.h.
 #ifndef NNLIB_KERNELS_KO_POOL_HPP
 #define NNLIB_KERNELS_KO_POOL_HPP

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Requantization: from a 32-bit accumulator to a quantized output.
  *
  * A pair (multiplier m, shift s) stands for the factor m / 2^31 * 2^-s. The output of an

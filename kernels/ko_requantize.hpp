@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The arithmetic that ko_requantize.h states.
 #ifndef NNLIB_KERNELS_KO_REQUANTIZE_HPP
 #define NNLIB_KERNELS_KO_REQUANTIZE_HPP

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What the names of the integer kernels are made of: ko_<types>_<operation>[_CH].
  *
  *   types word      activations, in and out   weights                      zero points passed

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The types words of the integer kernels as traits, and how the public functions reach the
 // templates behind them.
 #ifndef NNLIB_KERNELS_KO_TYPES_HPP

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Widening of 8-bit values to 16 bits, and filling. A count of 0 writes nothing. */
 #ifndef NNLIB_KERNELS_KO_WIDEN_H
 #define NNLIB_KERNELS_KO_WIDEN_H

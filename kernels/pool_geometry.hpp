@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sizes of a pooling.
 #ifndef NNLIB_KERNELS_POOL_GEOMETRY_HPP
 #define NNLIB_KERNELS_POOL_GEOMETRY_HPP

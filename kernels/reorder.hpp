@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The interleaved order of the reordered matrix kernels.
 #ifndef NNLIB_KERNELS_REORDER_HPP
 #define NNLIB_KERNELS_REORDER_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Requantization of eight accumulators at a time, for the wide instance of kernel bodies
 // (vector.hpp): the arithmetic of requantize() in ko_requantize.hpp, bit for bit.
 

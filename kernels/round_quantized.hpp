@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rounding of real values to quantized elements.
 #ifndef NNLIB_KERNELS_ROUND_QUANTIZED_HPP
 #define NNLIB_KERNELS_ROUND_QUANTIZED_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Products of up to 32 weight rows with short columns, for the wide instance of kernel bodies
 // (vector.hpp): each output is a lane, so nothing is to be summed up across lanes.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Narrowing to an integer type's range.
 #ifndef NNLIB_KERNELS_SATURATE_HPP
 #define NNLIB_KERNELS_SATURATE_HPP

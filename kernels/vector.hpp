@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Kernels written once over a number of lanes, and the choice between their instances.
 //
 // A kernel's body is a header of its own that kernels/vector_bodies.hpp includes once for each

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Includes the kernel body NNLIB_VECTOR_BODY once for each instance; see vector.hpp. Headers that
 // the body needs come before: nothing but the body may be compiled for a wider instruction set.
 #include "kernels/vector.hpp"

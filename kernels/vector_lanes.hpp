@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What kernel bodies are written with: NNLIB_LANES float32 lanes. Included by vector_bodies.hpp
 // into the namespace of each instance.
 

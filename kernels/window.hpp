@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which part of a kernel or pooling window lies inside the map.
 #ifndef NNLIB_KERNELS_WINDOW_HPP
 #define NNLIB_KERNELS_WINDOW_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Weights that are indices into a table of floats.
 #ifndef NNLIB_LAYERS_DICTIONARY_WEIGHTS_HPP
 #define NNLIB_LAYERS_DICTIONARY_WEIGHTS_HPP

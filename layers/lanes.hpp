@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The float32 lanes that every target of the build has, for element-wise loops at the limit of the
 // caches: wider instances would gain nothing there.
 #ifndef NNLIB_LAYERS_LANES_HPP

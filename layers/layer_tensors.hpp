@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How forward functions reach the tensors of their layer. A missing list or a missing required
 // tensor is a violated contract and faults at once.
 #ifndef NNLIB_LAYERS_LAYER_TENSORS_HPP

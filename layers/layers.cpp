@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers/layers.h"
 
 namespace {

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Layer dispatch and layer types. */
 #ifndef NNLIB_LAYERS_LAYERS_H
 #define NNLIB_LAYERS_LAYERS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Concatenation along one axis, for every element type. */
 #ifndef NNLIB_LAYERS_LAYERS_CONCAT_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_CONCAT_GENERIC_FLOAT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Two-dimensional convolution, float32: layers of type CONV2D and OPTIMIZED_CONV2D.
  *
  * Lists: input 0 (1, C_in, W_in, H_in); output 0 (1, C_out, W_out, H_out); weights 0, then the

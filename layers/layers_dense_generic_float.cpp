@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers/layers_dense_generic_float.h"
 
 #include "kernels/dictionary_dot.hpp"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Fully connected layer, float32: type DENSE. */
 #ifndef NNLIB_LAYERS_LAYERS_DENSE_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_DENSE_GENERIC_FLOAT_H

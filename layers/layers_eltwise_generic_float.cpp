@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers/layers_eltwise_generic_float.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Float layers driven by a binary function: element by element with broadcasting, and reduction. */
 #ifndef NNLIB_LAYERS_LAYERS_ELTWISE_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_ELTWISE_GENERIC_FLOAT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers/layers_gemm_generic_float.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Matrix products of activations, float32: layers of type GEMM. */
 #ifndef NNLIB_LAYERS_LAYERS_GEMM_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_GEMM_GENERIC_FLOAT_H

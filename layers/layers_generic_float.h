@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The float layers that move, route and combine tensors, and the dense and matrix products. */
 #ifndef NNLIB_LAYERS_LAYERS_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_GENERIC_FLOAT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Element-wise functions, float32: array kernels and layers of type NL.
  *
  * A kernel writes out->data[i] for i < size from in->data[i], from the last element to the first,

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Normalization in single precision: batch, local response, Lp along one axis, instance.
  *
  * C, W and H are the input's channels, width and height; the output has the same shape. Sums are

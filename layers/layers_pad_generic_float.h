@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Padding of width and height, for every element type. */
 #ifndef NNLIB_LAYERS_LAYERS_PAD_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_PAD_GENERIC_FLOAT_H

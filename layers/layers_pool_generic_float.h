@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Max and average pooling over width and height, float32.
  *
  * Maps are rows of pixels of channels: element (x, y, c) of a map of width W with C channels is

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Recurrent layers over a sequence: LSTM and GRU, in single precision.
  *
  * A sequence tensor holds the features of one time step in dimension C and the steps in dimension

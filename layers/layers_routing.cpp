@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers/layers_routing.h"
 
 #include "layers/layer_tensors.hpp"

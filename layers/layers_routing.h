@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Routing: a split and an add layer take the walk over a network through several branches, one
  * after the other, by changing their own next pointer.
  *

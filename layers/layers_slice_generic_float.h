@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A box cut out of a tensor, for every element type. */
 #ifndef NNLIB_LAYERS_LAYERS_SLICE_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_SLICE_GENERIC_FLOAT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers/layers_sm_generic_float.h"
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Softmax and hardmax along the channels, float32. */
 #ifndef NNLIB_LAYERS_LAYERS_SM_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_SM_GENERIC_FLOAT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Repetition of a map in height, width and channels, for every element type. */
 #ifndef NNLIB_LAYERS_LAYERS_TILE_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_TILE_GENERIC_FLOAT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers/layers_time_delay_generic_float.h"
 
 #include "kernels/vector.hpp"

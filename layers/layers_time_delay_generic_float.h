@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A filter over delayed time steps: a convolution along time with taps at any distances. */
 #ifndef NNLIB_LAYERS_LAYERS_TIME_DELAY_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_TIME_DELAY_GENERIC_FLOAT_H

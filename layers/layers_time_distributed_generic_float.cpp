@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers/layers_time_distributed_generic_float.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A chain of layers run once for each time step. */
 #ifndef NNLIB_LAYERS_LAYERS_TIME_DISTRIBUTED_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_TIME_DISTRIBUTED_GENERIC_FLOAT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The k largest values along one axis. */
 #ifndef NNLIB_LAYERS_LAYERS_TOPK_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_TOPK_GENERIC_FLOAT_H

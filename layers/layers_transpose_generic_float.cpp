@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers/layers_transpose_generic_float.h"
 
 #include "layers/layer_tensors.hpp"

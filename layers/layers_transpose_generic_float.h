@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Permutation of the four axes, for every element type. */
 #ifndef NNLIB_LAYERS_LAYERS_TRANSPOSE_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_TRANSPOSE_GENERIC_FLOAT_H

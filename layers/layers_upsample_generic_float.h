@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Enlarging a map's width and height. */
 #ifndef NNLIB_LAYERS_LAYERS_UPSAMPLE_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_UPSAMPLE_GENERIC_FLOAT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Up to four nested loops that move two operands by constant steps. Neighbouring loops that a
 // single one can replace are merged, so that the innermost is as long as it can be; the visits and
 // their order stay the same.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pooling a map that is never whole: its rows are made one by one into a window of few of them.
 #ifndef NNLIB_LAYERS_POOLED_ROWS_HPP
 #define NNLIB_LAYERS_POOLED_ROWS_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A block of bytes repeated in place.
 #ifndef NNLIB_LAYERS_REPEAT_BLOCK_HPP
 #define NNLIB_LAYERS_REPEAT_BLOCK_HPP

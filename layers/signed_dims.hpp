@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dimensions and strides as signed numbers, for arithmetic with positions that may lie outside.
 #ifndef NNLIB_LAYERS_SIGNED_DIMS_HPP
 #define NNLIB_LAYERS_SIGNED_DIMS_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Element copies between two strided buffers, as bytes, so for every element type and alignment.
 #ifndef NNLIB_LAYERS_STRIDED_COPY_HPP
 #define NNLIB_LAYERS_STRIDED_COPY_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which kernel a fixed-point convolution gets.
 #ifndef NNLIB_LAYERS_QUANTIZED_CONV2D_FIXED_CHOICE_HPP
 #define NNLIB_LAYERS_QUANTIZED_CONV2D_FIXED_CHOICE_HPP

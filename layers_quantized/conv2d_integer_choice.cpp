@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers_quantized/conv2d_integer_choice.hpp"
 
 #include <iterator>

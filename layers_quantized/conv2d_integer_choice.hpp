@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which kernel an integer convolution gets, and the kernels' scratch.
 #ifndef NNLIB_LAYERS_QUANTIZED_CONV2D_INTEGER_CHOICE_HPP
 #define NNLIB_LAYERS_QUANTIZED_CONV2D_INTEGER_CHOICE_HPP

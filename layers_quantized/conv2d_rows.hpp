@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The geometry of quantized convolution layers, and convolutions that are pooled row by row.
 #ifndef NNLIB_LAYERS_QUANTIZED_CONV2D_ROWS_HPP
 #define NNLIB_LAYERS_QUANTIZED_CONV2D_ROWS_HPP

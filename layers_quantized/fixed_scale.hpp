@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How fixed-point sums of products get from the scale of their factors to that of the output.
 #ifndef NNLIB_LAYERS_QUANTIZED_FIXED_SCALE_HPP
 #define NNLIB_LAYERS_QUANTIZED_FIXED_SCALE_HPP

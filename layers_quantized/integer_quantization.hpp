@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the integer layers with weights have in common: the form of their kernels and the
 // requantization of their outputs.
 #ifndef NNLIB_LAYERS_QUANTIZED_INTEGER_QUANTIZATION_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers_quantized/layers_conv2d_quarn_fixed.h"
 
 #include "kernels/arm_convolve_1x1_HWC_q7_fast_nonsquare.h"

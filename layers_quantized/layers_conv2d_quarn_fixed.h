@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Two-dimensional convolution of fixed-point maps: layers of type CONV2D and OPTIMIZED_CONV2D.
  *
  * Lists as in layers_conv2d_generic_float.h: input, output, weights with the optional bias and the

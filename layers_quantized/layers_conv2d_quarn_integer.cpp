@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers_quantized/layers_conv2d_quarn_integer.h"
 
 #include "layers_quantized/conv2d_integer_choice.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers_quantized/layers_dense_quarn_fixed.h"
 
 #include "kernels/arm_fully_connected.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Fully connected layer on fixed-point data. */
 #ifndef NNLIB_LAYERS_QUANTIZED_LAYERS_DENSE_QUARN_FIXED_H
 #define NNLIB_LAYERS_QUANTIZED_LAYERS_DENSE_QUARN_FIXED_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers_quantized/layers_nl_quarn_fixed.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Element-wise functions on fixed-point data, 8 or 16 bits by the format of the input.
  *
  * The kernels (ai_nl_func) copy `size` elements from in to out when the two arrays have different

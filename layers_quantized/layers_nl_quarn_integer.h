@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Element-wise functions of 8-bit integer maps: layers of type NL.
  *
  * The sign of the input array's format tells uint8 from int8 elements. The output may be the input.

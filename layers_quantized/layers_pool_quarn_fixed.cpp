@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers_quantized/layers_pool_quarn_fixed.h"
 
 #include "kernels/integer_pool.hpp"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Max and average pooling of fixed-point maps, 8 or 16 bits by the format of the input.
  *
  * Input and output have the same width and the same fractional bits; maps lie in memory as rows of

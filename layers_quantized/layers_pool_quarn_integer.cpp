@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers_quantized/layers_pool_quarn_integer.h"
 
 #include "kernels/ko_pool.hpp"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Max and average pooling of 8-bit integer maps: layers of type POOL, uint8 or int8 by the sign of
  * the input array's format. Only cells inside the map take part; rounding as kernels/ko_pool.h
  * says. */

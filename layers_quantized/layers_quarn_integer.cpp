@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers_quantized/layers_quarn_integer.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Dense and addition layers of 8-bit integer tensors. */
 #ifndef NNLIB_LAYERS_QUANTIZED_LAYERS_QUARN_INTEGER_H
 #define NNLIB_LAYERS_QUANTIZED_LAYERS_QUARN_INTEGER_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Softmax to the base two along the channels of fixed-point maps. */
 #ifndef NNLIB_LAYERS_QUANTIZED_LAYERS_SM_QUARN_FIXED_H
 #define NNLIB_LAYERS_QUANTIZED_LAYERS_SM_QUARN_FIXED_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The geometry of quantized pooling layers.
 #ifndef NNLIB_LAYERS_QUANTIZED_POOL_LAYER_HPP
 #define NNLIB_LAYERS_QUANTIZED_POOL_LAYER_HPP

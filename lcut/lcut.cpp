@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lcut/lcut.h"
 
 #include <cerrno>

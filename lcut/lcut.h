@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /// LCUT -- Lightweight C Unit Testing framework.
 ///
 /// A test holds suites, a suite holds cases, a case is a plain function that calls assertions on

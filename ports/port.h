@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What the runtime and the conformance program need of an operating system or a board. Each port
  * is one directory that implements these functions. */
 #ifndef NNLIB_PORTS_PORT_H

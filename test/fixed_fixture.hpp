@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the fixed-point suites share.
 #ifndef TEST_FIXED_FIXTURE_HPP
 #define TEST_FIXED_FIXTURE_HPP

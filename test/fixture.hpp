@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 // What suites are made of: cases, fixtures and checks.
 //
 //   CASE(tc_relu_conformance) {
 //     static constinit nnlib::tensor relu_in({1, 3, 1, 1}, relu_in_data);
 //     static constinit output_tensor<float, 1, 3, 1, 1> relu_out;
-//     static constinit nnlib::chain relu_layer_chain(nnlib::list(relu_in), nnlib::list(relu_out));
+//     static constinit nnlib::layer_chain relu_chain(nnlib::list(relu_in), nnlib::list(relu_out));
 //     static constinit ai_layer relu_layer =
-//         nnlib::layer(AI_LAYER_TYPE_NL, forward_relu, relu_layer_chain);
+//         nnlib::layer(AI_LAYER_TYPE_NL, forward_relu, relu_chain);
 //     check_layer(tc, relu_layer, relu_out_reference, kFloatEpsilon);
 //   }
 //

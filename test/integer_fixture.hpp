@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Checks of layers with 8-bit integer outputs.
 #ifndef TEST_INTEGER_FIXTURE_HPP
 #define TEST_INTEGER_FIXTURE_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "core/core_common.h"
 #include "ports/port.h"
 #include "test/test_lcut_main.h"

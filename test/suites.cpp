@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "test/suites.h"
 
 // In run order. A suite is one line here and one source file.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The suites of the conformance program, in the order in which they run. */
 #ifndef TEST_SUITES_H
 #define TEST_SUITES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Convolution layers, and convolution fused with a nonlinearity and pooling.
 #include <algorithm>
 #include <cmath>
@@ -111,10 +112,10 @@ using Output = output_tensor<float, Dims.n, Dims.c, Dims.w, Dims.h>;
   static constinit Output<kernel> stem##_expanded
 
 // The chain and the layer over inputs declared before; the convolution's options follow.
-#define CHAIN(stem, out, weights, scratch)                                 \
-  static constinit Output<out> stem##_out;                                 \
-  static constinit nnlib::chain stem##_layer_chain(nnlib::list(stem##_in), \
-                                                   nnlib::list(stem##_out), weights, scratch)
+#define CHAIN(stem, out, weights, scratch)                \
+  static constinit Output<out> stem##_out;                \
+  static constinit nnlib::layer_chain stem##_layer_chain( \
+      nnlib::list(stem##_in), nnlib::list(stem##_out), weights, scratch)
 #define LAYER_OVER(stem, forward, out, weights, scratch, ...) \
   CHAIN(stem, out, weights, scratch);                         \
   static constexpr Options stem##_options = {__VA_ARGS__};    \

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fixed-point convolution layers, alone and with pooling.
 #include "layers_quantized/layers_conv2d_quarn_fixed.h"
 #include "layers_quantized/layers_nl_quarn_fixed.h"
@@ -78,7 +79,7 @@ struct PlainConvolution : Convolution<T, Elements> {
                     nnlib::list(this->weights, this->bias), nnlib::list(this->scratch)),
         layer(this->record(s, forward_conv2d_fixed, layer_chain, nullptr)) {}
 
-  nnlib::chain<1, 1, 2, 1> layer_chain;
+  nnlib::layer_chain<1, 1, 2, 1> layer_chain;
   ai_layer_conv2d layer;
 };
 
@@ -107,7 +108,7 @@ struct PooledConvolution : Convolution<T, Elements> {
 
   T window_data[WindowElements] = {};
   nnlib::tensor window;
-  nnlib::chain<1, 1, 2, 2> layer_chain;
+  nnlib::layer_chain<1, 1, 2, 2> layer_chain;
   uint32_t pool_pad[4];
   ai_layer_conv2d_nl_pool layer;
 };

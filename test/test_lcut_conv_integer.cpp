@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Integer dense and convolution layers, alone, with a function and with pooling.
 #include "layers_quantized/layers_conv2d_quarn_integer.h"
 #include "layers_quantized/layers_nl_quarn_integer.h"
@@ -92,7 +93,7 @@ struct Tensors {
   nnlib::intq<W, Entries> weights_intq;
   nnlib::intq<T, 1> out_intq;
   nnlib::tensor in, weights, bias, out, scratch, map;
-  nnlib::chain<1, 1, 2, 2> chain;
+  nnlib::layer_chain<1, 1, 2, 2> chain;
   uint32_t pad[AI_SHAPE_DIMS];
   T out_data[Outputs] = {};
   alignas(4) uint8_t scratch_data[512] = {};
@@ -112,7 +113,7 @@ struct Tensors {
 #define CHECK_DENSE(stem, format, in_count, out_count, with_scratch)                               \
   static constexpr Shape shape = {.in = {in_count, 1, 1}, .out = {out_count, 1, 1}};               \
   static constinit Tensors stem(shape, DATA(stem, format));                                        \
-  static constinit nnlib::chain<1, 1, 2, 1> stem##_layer_chain(                                    \
+  static constinit nnlib::layer_chain<1, 1, 2, 1> stem##_layer_chain(                              \
       nnlib::list(stem.in), nnlib::list(stem.out), nnlib::list(stem.weights, stem.bias),           \
       nnlib::list(with_scratch ? &stem.scratch : nnlib::absent));                                  \
   static constinit ai_layer stem##_layer =                                                         \

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The requantization pair of a factor.
 #include "kernels/ko_requantize.h"
 #include "test/fixture.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Conversion layers between float, 8-bit integers and fixed point.
 #include "core/core_convert.h"
 #include "test/fixture.hpp"
@@ -35,7 +36,7 @@ struct Conversion {
   In in_data[Count] = {};
   nnlib::tensor in;
   output_tensor<Out, 1, Count, 1, 1> out;
-  nnlib::chain<1, 1> layer_chain;
+  nnlib::layer_chain<1, 1> layer_chain;
   ai_layer layer;
 };
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The guarded heap and the core utilities.
 #include <numeric>
 

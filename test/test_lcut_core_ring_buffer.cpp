@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The ring buffer.
 #include "test/fixture.hpp"
 

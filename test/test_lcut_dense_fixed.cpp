@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fixed-point dense layers of five inputs and two outputs.
 #include "layers_quantized/layers_dense_quarn_fixed.h"
 #include "test/fixed_fixture.hpp"
@@ -22,7 +23,7 @@ struct Dense {
 
   nnlib::tensor in, weights, bias;
   output_tensor<Vector, 1, 2, 1, 1> out;
-  nnlib::chain<1, 1, 2> layer_chain;
+  nnlib::layer_chain<1, 1, 2> layer_chain;
   ai_layer layer;
 };
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The intrusive list.
 #include "test/fixture.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <cfloat>
 
 #include "layers/layers_eltwise_generic_float.h"
@@ -22,8 +23,8 @@ void check_eltwise(lcut_case* tc, ai_binary_fn operation, const float (&referenc
   static constinit nnlib::tensor eltwise_in0(A, InA);
   static constinit nnlib::tensor eltwise_in1(B, InB);
   broadcast_tensor<A, B> eltwise_out;
-  const nnlib::chain eltwise_layer_chain(nnlib::list(eltwise_in0, eltwise_in1),
-                                         nnlib::list(eltwise_out));
+  const nnlib::layer_chain eltwise_layer_chain(nnlib::list(eltwise_in0, eltwise_in1),
+                                               nnlib::list(eltwise_out));
   ai_layer_eltwise eltwise_layer = {
       nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_eltwise, eltwise_layer_chain), operation};
   check_layer(tc, eltwise_layer, reference, kFloatEpsilon, site);
@@ -42,7 +43,7 @@ void check_reduce(lcut_case* tc, ai_binary_fn operation, float neutral_value,
                   const float (&reference)[Count], Site site = CALLING_SITE) {
   static constinit nnlib::tensor reduce_in({1, 5, 3, 2}, reduce_in_data);
   output_tensor<float, 1, 1, 3, 2> reduce_out;
-  const nnlib::chain reduce_layer_chain(nnlib::list(reduce_in), nnlib::list(reduce_out));
+  const nnlib::layer_chain reduce_layer_chain(nnlib::list(reduce_in), nnlib::list(reduce_out));
   ai_layer_reduce reduce_layer = {
       nnlib::layer(AI_LAYER_TYPE_REDUCE, forward_reduce, reduce_layer_chain), neutral_value,
       operation};
@@ -74,10 +75,10 @@ CASE(tc_custom_func_chain) {
   static constinit nnlib::tensor chain_in2({1, 1, 4, 2}, chain_in2_data);
   static constinit output_tensor<float, 1, 3, 4, 2> between;
   static constinit output_tensor<float, 1, 3, 4, 2> chain_out;
-  static constinit nnlib::chain first_layer_chain(nnlib::list(chain_in0, chain_in1),
-                                                  nnlib::list(between));
-  static constinit nnlib::chain second_layer_chain(nnlib::list(chain_in2, between),
-                                                   nnlib::list(chain_out));
+  static constinit nnlib::layer_chain first_layer_chain(nnlib::list(chain_in0, chain_in1),
+                                                        nnlib::list(between));
+  static constinit nnlib::layer_chain second_layer_chain(nnlib::list(chain_in2, between),
+                                                         nnlib::list(chain_out));
   static constinit ai_layer_eltwise second_layer = {
       nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_eltwise, second_layer_chain), custom};
   static constinit ai_layer_eltwise first_layer = {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Integer addition layers.
 #include "layers_quantized/layers_quarn_integer.h"
 #include "test/integer_fixture.hpp"
@@ -12,15 +13,15 @@ namespace {
   static constinit nnlib::tensor stem##_##role(dims, elements, 0, &stem##_##role##_intq)
 
 // The sum of the stem's inputs, of the given dimensions, into an output like the first.
-#define CHECK_SUM(stem, format, in_dims, in2_dims)                                     \
-  static format##_t stem##_out_data[sizeof(stem##_in_data_##format)];                  \
-  QUANTIZED(stem, in, format, in_dims, stem##_in_data_##format);                       \
-  QUANTIZED(stem, in2, format, in2_dims, stem##_in2_data_##format);                    \
-  QUANTIZED(stem, out, format, in_dims, stem##_out_data);                              \
-  static constinit nnlib::chain stem##_layer_chain(nnlib::list(stem##_in, stem##_in2), \
-                                                   nnlib::list(stem##_out));           \
-  static constinit ai_layer stem##_layer =                                             \
-      nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_add_integer, stem##_layer_chain);    \
+#define CHECK_SUM(stem, format, in_dims, in2_dims)                                           \
+  static format##_t stem##_out_data[sizeof(stem##_in_data_##format)];                        \
+  QUANTIZED(stem, in, format, in_dims, stem##_in_data_##format);                             \
+  QUANTIZED(stem, in2, format, in2_dims, stem##_in2_data_##format);                          \
+  QUANTIZED(stem, out, format, in_dims, stem##_out_data);                                    \
+  static constinit nnlib::layer_chain stem##_layer_chain(nnlib::list(stem##_in, stem##_in2), \
+                                                         nnlib::list(stem##_out));           \
+  static constinit ai_layer stem##_layer =                                                   \
+      nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_add_integer, stem##_layer_chain);          \
   check_integer_layer(tc, stem##_layer, stem##_out_reference_##format, 0)
 
 constexpr nnlib::dims kScalar = {1, 1, 1, 1};

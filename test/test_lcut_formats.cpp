@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Array and buffer format words.
 #include <iterator>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // GRU layers: one weight set, F = 3, U = 2, run with different options.
 #include "core/ai_math_helpers.h"
 #include "layers/layers_rnn_generic_float.h"
@@ -24,8 +25,8 @@ void check_gru(lcut_case* tc, const GruOptions& options, const float (&reference
                Site site = CALLING_SITE) {
   static constinit nnlib::tensor gru_in({1, 3, 1, Steps}, gru_in_data);
   output_tensor<float, 1, 2, 1, Count / 2> gru_out;
-  const nnlib::chain gru_layer_chain(nnlib::list(gru_in), nnlib::list(gru_out),
-                                     nnlib::list(gru_kernel, gru_recurrent, gru_bias));
+  const nnlib::layer_chain gru_layer_chain(nnlib::list(gru_in), nnlib::list(gru_out),
+                                           nnlib::list(gru_kernel, gru_recurrent, gru_bias));
   const ai_layer base = nnlib::layer(AI_LAYER_TYPE_GRU, forward_gru, gru_layer_chain);
   ai_layer_gru gru_layer = {base,
                             2,

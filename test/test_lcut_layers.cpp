@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Float layers: dense, products of matrices, data movement, norms, pooling.
 #include "layers/layers_generic_float.h"
 
@@ -9,7 +10,7 @@
 // Fixtures, named after a stem. Dimensions are N, C, W, H.
 #define TENSOR(name, elements, ...) static constinit nnlib::tensor name({__VA_ARGS__}, elements)
 #define OUTPUT(name, ...) static constinit output_tensor<float, __VA_ARGS__> name
-#define CHAIN(stem, ...) static constinit nnlib::chain stem##_layer_chain(__VA_ARGS__)
+#define CHAIN(stem, ...) static constinit nnlib::layer_chain stem##_layer_chain(__VA_ARGS__)
 // A layer without parameters and its chain.
 #define PLAIN_LAYER(stem, type, forward, ...) \
   CHAIN(stem, __VA_ARGS__);                   \
@@ -30,7 +31,7 @@ void check_dense(lcut_case* tc, ai_tensor& weights, ai_tensor* bias,
                  const float (&reference)[Count], Site site = CALLING_SITE) {
   TENSOR(dense_in, dense_in_data, 1, 9, 2, 2);
   output_tensor<float, 1, 5, 2, 2> dense_out;
-  const nnlib::chain dense_layer_chain(list(dense_in), list(dense_out), list(weights, bias));
+  const nnlib::layer_chain dense_layer_chain(list(dense_in), list(dense_out), list(weights, bias));
   ai_layer dense_layer = nnlib::layer(AI_LAYER_TYPE_DENSE, forward_dense, dense_layer_chain);
   check_layer(tc, dense_layer, reference, kFloatEpsilon, site);
 }
@@ -112,7 +113,7 @@ void check_pad(lcut_case* tc, uint32_t mode, uint32_t top, uint32_t left, float 
                const float (&reference)[Count], float tolerance, Site site = CALLING_SITE) {
   TENSOR(pad_in, pad_in_data, 1, 2, 4, 3);
   output_tensor<float, 1, 2, Width, Height> pad_out;
-  const nnlib::chain pad_layer_chain(list(pad_in), list(pad_out));
+  const nnlib::layer_chain pad_layer_chain(list(pad_in), list(pad_out));
   const uint32_t pads[] = {top, left};
   const nnlib::tensor constant({1, 1, 1, 1}, &value);
   ai_layer_pad pad_layer = {nnlib::layer(AI_LAYER_TYPE_PAD, forward_pad, pad_layer_chain), mode,
@@ -144,7 +145,7 @@ void check_upsample(lcut_case* tc, uint32_t mode, bool center, const float (&sca
                     const float (&reference)[Count], float tolerance, Site site = CALLING_SITE) {
   TENSOR(upsample_in, upsample_in_data, 1, 2, 2, 3);
   output_tensor<float, 1, 2, 6, Height> upsample_out;
-  const nnlib::chain upsample_layer_chain(list(upsample_in), list(upsample_out));
+  const nnlib::layer_chain upsample_layer_chain(list(upsample_in), list(upsample_out));
   const nnlib::tensor upsample_scales({1, 2, 1, 1}, scales);
   ai_layer_upsample upsample_layer = {
       nnlib::layer(AI_LAYER_TYPE_UPSAMPLE, forward_upsample, upsample_layer_chain), mode, center,
@@ -287,7 +288,7 @@ void check_pool(lcut_case* tc, ai_layer_forward forward, bool count_include_pad,
   static constinit uint32_t pads[] = {1, 2, 0, 0};
   TENSOR(pool_in, pool_in_data, 1, 2, 5, 3);
   output_tensor<float, 1, 2, 3, 3> pool_out;
-  const nnlib::chain pool_layer_chain(list(pool_in), list(pool_out));
+  const nnlib::layer_chain pool_layer_chain(list(pool_in), list(pool_out));
   ai_layer_pool pool_layer = {nnlib::layer(AI_LAYER_TYPE_POOL, forward, pool_layer_chain),
                               {3, 2},
                               {2, 1},

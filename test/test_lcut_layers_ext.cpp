@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "layers/layers_concat_generic_float.h"
 #include "layers/layers_dense_generic_float.h"
 #include "layers/layers_eltwise_generic_float.h"
@@ -14,7 +15,8 @@ void check_transpose(lcut_case* tc, const uint32_t (&perm)[AI_SHAPE_DIMS],
                      const float (&reference)[Count], Site site = CALLING_SITE) {
   static constinit nnlib::tensor transpose_in({1, 2, 3, 4}, transpose_in_data);
   output_tensor<float, N, C, W, H> transpose_out;
-  const nnlib::chain transpose_layer_chain(nnlib::list(transpose_in), nnlib::list(transpose_out));
+  const nnlib::layer_chain transpose_layer_chain(nnlib::list(transpose_in),
+                                                 nnlib::list(transpose_out));
   ai_layer_transpose transpose_layer = {
       nnlib::layer(AI_LAYER_TYPE_TRANSPOSE, forward_transpose, transpose_layer_chain), perm};
   check_layer(tc, transpose_layer, reference, kFloatEpsilon, site);
@@ -43,10 +45,10 @@ CASE(tc_concat_conformance) {
   static constinit nnlib::tensor concat_in2({1, 2, 2, 1}, concat_in2_data);
   static constinit output_tensor<float, 1, 3, 2, 3> concat_channels_out;
   static constinit output_tensor<float, 1, 2, 2, 4> concat_height_out;
-  static constinit nnlib::chain concat_channels_layer_chain(nnlib::list(concat_in0, concat_in1),
-                                                            nnlib::list(concat_channels_out));
-  static constinit nnlib::chain concat_height_layer_chain(nnlib::list(concat_in0, concat_in2),
-                                                          nnlib::list(concat_height_out));
+  static constinit nnlib::layer_chain concat_channels_layer_chain(
+      nnlib::list(concat_in0, concat_in1), nnlib::list(concat_channels_out));
+  static constinit nnlib::layer_chain concat_height_layer_chain(nnlib::list(concat_in0, concat_in2),
+                                                                nnlib::list(concat_height_out));
   static constinit ai_layer_concat concat_channels_layer = {
       nnlib::layer(AI_LAYER_TYPE_CONCAT, forward_concat, concat_channels_layer_chain), AI_SHAPE_C};
   static constinit ai_layer_concat concat_height_layer = {
@@ -61,7 +63,7 @@ CASE(tc_time_delay_conformance) {
   static constinit nnlib::tensor time_delay_bias({1, 2, 1, 1}, time_delay_bias_data);
   static constinit nnlib::tensor time_delay_delays({1, 4, 1, 1}, time_delay_delay_data);
   static constinit output_tensor<float, 1, 2, 1, 9> time_delay_out;
-  static constinit nnlib::chain time_delay_layer_chain(
+  static constinit nnlib::layer_chain time_delay_layer_chain(
       nnlib::list(time_delay_in), nnlib::list(time_delay_out),
       nnlib::list(time_delay_weights, time_delay_bias));
   static constinit ai_layer_time_delay time_delay_layer = {
@@ -80,13 +82,13 @@ CASE(tc_time_distributed_conformance) {
   static constinit nnlib::tensor time_distributed_scale({1, 2, 1, 1}, time_distributed_scale_data);
   static constinit output_tensor<float, 1, 2, 1, 1> between;
   static constinit output_tensor<float, 1, 2, 1, 4> time_distributed_out;
-  static constinit nnlib::chain dense_layer_chain(
+  static constinit nnlib::layer_chain dense_layer_chain(
       nnlib::list(time_distributed_in), nnlib::list(between),
       nnlib::list(time_distributed_weights, time_distributed_bias));
-  static constinit nnlib::chain scale_layer_chain(nnlib::list(between, time_distributed_scale),
-                                                  nnlib::list(time_distributed_out));
-  static constinit nnlib::chain time_distributed_layer_chain(nnlib::list(time_distributed_in),
-                                                             nnlib::list(time_distributed_out));
+  static constinit nnlib::layer_chain scale_layer_chain(
+      nnlib::list(between, time_distributed_scale), nnlib::list(time_distributed_out));
+  static constinit nnlib::layer_chain time_distributed_layer_chain(
+      nnlib::list(time_distributed_in), nnlib::list(time_distributed_out));
   static constinit ai_layer_eltwise scale_layer = {
       nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_eltwise, scale_layer_chain), ai_mul};
   static constinit ai_layer dense_layer =

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // LSTM layers: one weight set with peepholes and biases, F = 3, U = 2.
 #include "core/ai_math_helpers.h"
 #include "layers/layers_dense_generic_float.h"
@@ -16,7 +17,7 @@ constinit nnlib::tensor lstm_bias({1, 8, 1, 1}, lstm_bias_data);
 template <uint32_t Steps>
 void run_lstm(ai_tensor& lstm_out, bool go_backwards) {
   static constinit nnlib::tensor lstm_in({1, 3, 1, Steps}, lstm_in_data);
-  const nnlib::chain lstm_layer_chain(
+  const nnlib::layer_chain lstm_layer_chain(
       nnlib::list(lstm_in), nnlib::list(lstm_out),
       nnlib::list(lstm_kernel, lstm_recurrent, lstm_peephole, lstm_bias));
   const ai_layer base = nnlib::layer(AI_LAYER_TYPE_LSTM, forward_lstm, lstm_layer_chain);
@@ -60,7 +61,7 @@ CASE(tc_lstm_dense_conformance) {
   static constinit nnlib::tensor lstm_dense_bias({1, 3, 1, 1}, lstm_dense_bias_data);
   static constinit output_tensor<float, 1, 2, 1, 1> lstm_out;
   static constinit output_tensor<float, 1, 3, 1, 1> lstm_dense_out;
-  static constinit nnlib::chain lstm_dense_layer_chain(
+  static constinit nnlib::layer_chain lstm_dense_layer_chain(
       nnlib::list(lstm_out), nnlib::list(lstm_dense_out),
       nnlib::list(lstm_dense_weights, lstm_dense_bias));
   static constinit ai_layer lstm_dense_layer =

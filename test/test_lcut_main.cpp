@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "test/test_lcut_main.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Runs every suite once and prints the report. */
 #ifndef TEST_TEST_LCUT_MAIN_H
 #define TEST_TEST_LCUT_MAIN_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole networks through the platform API.
 #include "layers/layers_generic_float.h"
 #include "layers/layers_nl_generic_float.h"
@@ -9,17 +10,17 @@
 #define TENSOR(name, elements, ...) static constinit nnlib::tensor name({__VA_ARGS__}, elements)
 // A tensor between two layers, or an input or output of the network, bound to the caller's memory.
 #define BLANK(name, ...) static constinit output_tensor<float, __VA_ARGS__> name
-#define LAYER(stem, type, forward, next, ...)                    \
-  static constinit nnlib::chain stem##_layer_chain(__VA_ARGS__); \
-  static constinit ai_layer stem##_layer =                       \
+#define LAYER(stem, type, forward, next, ...)                          \
+  static constinit nnlib::layer_chain stem##_layer_chain(__VA_ARGS__); \
+  static constinit ai_layer stem##_layer =                             \
       nnlib::layer(AI_LAYER_TYPE_##type, forward, stem##_layer_chain, next)
 #define DENSE(stem, inputs, outputs, next, in, out)                  \
   TENSOR(stem##_weights, stem##_weight_data, inputs, outputs, 1, 1); \
   TENSOR(stem##_bias, stem##_bias_data, 1, outputs, 1, 1);           \
   LAYER(stem, DENSE, forward_dense, next, list(in), list(out), list(stem##_weights, stem##_bias))
-#define RELU(next, in, out)                                            \
-  static constinit nnlib::chain relu_layer_chain(list(in), list(out)); \
-  static constinit ai_layer_nl relu_layer = {                          \
+#define RELU(next, in, out)                                                  \
+  static constinit nnlib::layer_chain relu_layer_chain(list(in), list(out)); \
+  static constinit ai_layer_nl relu_layer = {                                \
       nnlib::layer(AI_LAYER_TYPE_NL, forward_relu, relu_layer_chain, next), nullptr}
 
 using nnlib::list;
@@ -75,7 +76,8 @@ void check_multi_inputs(lcut_case* tc, const Input (&inputs)[2], const float (&r
   static constinit output_tensor<float, 1, 2, 1, 1> multi_out(format);
   BLANK(joined, 1, 5, 1, 1);
   DENSE(multi, 5, 2, nullptr, joined, multi_out);
-  static constinit nnlib::chain concat_layer_chain(list(multi_in_0, multi_in_1), list(joined));
+  static constinit nnlib::layer_chain concat_layer_chain(list(multi_in_0, multi_in_1),
+                                                         list(joined));
   static constinit ai_layer_concat concat_layer = {
       nnlib::layer(AI_LAYER_TYPE_CONCAT, forward_concat, concat_layer_chain, &multi_layer),
       AI_SHAPE_C};

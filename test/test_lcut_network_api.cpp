@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The platform API but for running networks: type signatures, errors, the report.
 #include "test/fixture.hpp"
 
@@ -69,7 +70,7 @@ CASE(tc_api_get_network_info) {
   static constinit nnlib::tensor in_2({1, 4, 3, 2}, in_data[2]);
   static constinit nnlib::tensor out_0({1, 3, 2, 1}, out_data[0]);
   static constinit nnlib::tensor out_1({1, 3, 2, 1}, out_data[1]);
-  static constinit nnlib::chain chain(nnlib::list(in_0), nnlib::list(out_0));
+  static constinit nnlib::layer_chain chain(nnlib::list(in_0), nnlib::list(out_0));
   static constinit ai_layer last = nnlib::layer(AI_LAYER_TYPE_NL, nullptr, chain, &last);
   static constinit ai_layer first = nnlib::layer(AI_LAYER_TYPE_NL, nullptr, chain, &last);
   static constinit nnlib::network net(nnlib::list(in_0, in_1, in_2), nnlib::list(out_0, out_1),

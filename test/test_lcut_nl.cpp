@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Element-wise functions, softmax and hardmax.
 #include "layers/layers_nl_generic_float.h"
 
@@ -11,7 +12,7 @@ namespace {
 #define NL_FIXTURE(stem, c, w, h, type, forward, params, ...)                                   \
   static constinit nnlib::tensor stem##_in({1, c, w, h}, stem##_in_data);                       \
   static constinit output_tensor<float, 1, c, w, h> stem##_out;                                 \
-  static constinit nnlib::chain stem##_layer_chain(                                             \
+  static constinit nnlib::layer_chain stem##_layer_chain(                                       \
       nnlib::list(stem##_in), nnlib::list(stem##_out) __VA_OPT__(, ) __VA_ARGS__);              \
   static constinit ai_layer_nl stem##_layer = {nnlib::layer(type, forward, stem##_layer_chain), \
                                                params}

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fixed-point nonlinearities, compared with the real functions.
 #include "layers_quantized/layers_nl_quarn_fixed.h"
 #include "test/fixed_fixture.hpp"
@@ -17,7 +18,7 @@ struct Nonlinearity {
 
   nnlib::tensor in;
   output_tensor<T, 1, Count, 1, 1> out;
-  nnlib::chain<1, 1> layer_chain;
+  nnlib::layer_chain<1, 1> layer_chain;
   ai_layer_nl layer;
 };
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Integer nonlinearities.
 #include "layers_quantized/layers_nl_quarn_integer.h"
 #include "test/integer_fixture.hpp"
@@ -12,8 +13,8 @@ namespace {
   static constinit output_tensor<format##_t, 1, count, 1, 1> stem##_out;               \
   static constinit nnlib::tensor stem##_nl({1, sizeof(stem##_params_##format), 1, 1},  \
                                            stem##_params_##format);                    \
-  static constinit nnlib::chain stem##_layer_chain(nnlib::list(stem##_in),             \
-                                                   nnlib::list(stem##_out));           \
+  static constinit nnlib::layer_chain stem##_layer_chain(nnlib::list(stem##_in),       \
+                                                         nnlib::list(stem##_out));     \
   static constinit ai_layer_nl stem##_layer = {                                        \
       nnlib::layer(AI_LAYER_TYPE_NL, forward, stem##_layer_chain), &stem##_nl.array};  \
   check_exact_layer(tc, stem##_layer, stem##_out_reference_##format)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Declared tensors: shapes, strides and arrays.
 #include "test/fixture.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fixed-point max and average pooling.
 #include "layers_quantized/layers_pool_quarn_fixed.h"
 #include "test/fixed_fixture.hpp"
@@ -28,7 +29,7 @@ struct Pool {
 
   T out_data[Elements] = {};
   nnlib::tensor in, out;
-  nnlib::chain<1, 1> layer_chain;
+  nnlib::layer_chain<1, 1> layer_chain;
   uint32_t pad[4];
   ai_layer_pool layer;
 };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Integer pooling layers.
 #include "layers_quantized/layers_pool_quarn_integer.h"
 #include "test/integer_fixture.hpp"
@@ -37,7 +38,7 @@ struct Pool {
   nnlib::intq<T, 1> in_intq, out_intq;
   T out_data[Elements] = {};
   nnlib::tensor in, out;
-  nnlib::chain<1, 1> layer_chain;
+  nnlib::layer_chain<1, 1> layer_chain;
   uint32_t pad[AI_SHAPE_DIMS];
   ai_layer_pool layer;
 };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fixed-point softmax of a map of two pixels.
 #include "layers_quantized/layers_sm_quarn_fixed.h"
 #include "test/fixed_fixture.hpp"
@@ -15,7 +16,7 @@ struct Softmax {
 
   nnlib::tensor in;
   output_tensor<T, 1, 5, 2, 1> out;
-  nnlib::chain<1, 1> layer_chain;
+  nnlib::layer_chain<1, 1> layer_chain;
   ai_layer layer;
 };
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tensor lists and chains.
 #include "test/fixture.hpp"
 
@@ -52,8 +53,8 @@ CASE(tc_tensor_chain) {
 }
 
 CASE(tc_tensor_chain_getters) {
-  static constinit nnlib::chain chain(nnlib::list(chain_in), nnlib::list(chain_out),
-                                      nnlib::list(chain_in, chain_out));
+  static constinit nnlib::layer_chain chain(nnlib::list(chain_in), nnlib::list(chain_out),
+                                            nnlib::list(chain_in, chain_out));
   LCUT_INT_EQUAL(tc, 4, chain.size);
   LCUT_TRUE(tc, ai_tensor_chain_input(&chain, 0) == &chain_in);
   LCUT_TRUE(tc, ai_tensor_chain_input(&chain, 1) == nullptr);

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Builds and runs the benchmarks and writes their tables into docs/performance.md.
 
 The program with other libraries beside (peers) runs where they are installed. The raw results stay

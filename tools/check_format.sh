@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Fails when a source file is not formatted as .clang-format says; generated vectors do not count.
 set -euo pipefail
 cd "$(dirname "$0")/.."

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs the libraries and uses them from a stranger's project in each supported way:
 # find_package, add_subdirectory and pkg-config.
 set -euo pipefail

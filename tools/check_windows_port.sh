@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Cross-compiles the libraries and the conformance program for Windows.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)

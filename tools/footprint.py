@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Measures what each layer takes when it is linked alone, and writes docs/footprint.md.
 
 footprint.py            writes the tables

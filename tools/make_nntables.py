@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Writes kernels/arm_nntables.cpp, the look-up tables of tanh and sigmoid.
 
 make_nntables.py           writes the file
@@ -39,7 +40,7 @@ def entries(function, bits, count, steps, position):
 
 
 def text():
-    lines = ["// Written by tools/make_nntables.py; do not edit.", "// clang-format off",
+    lines = ["// SPDX-License-Identifier: MIT", "// Written by tools/make_nntables.py; do not edit.", "// clang-format off",
              '#include "kernels/arm_nntables.h"']
     for suffix, bits, *kind in KINDS:
         for name, function in ("tanh", math.tanh), ("sigmoid", sigmoid):

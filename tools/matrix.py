@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Builds and tests every target at both optimisations and writes the table into docs/targets.md.
 
 matrix.py               every target

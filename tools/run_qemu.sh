@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # run_qemu.sh QEMU [OPTIONS...] -- PROGRAM [ARGUMENTS...]
 # Runs a program for a bare machine with semihosting. The exit status is the program's; QEMU keeps
 # only 8 bits of it, a larger one is 255 here. QEMU_EXTRA adds options.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # 64-bit Arm.
 set(triplet aarch64-linux-gnu)
 set(emulator qemu-aarch64)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # 32-bit Arm with floating point.
 set(triplet arm-linux-gnueabihf)
 set(emulator qemu-arm)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What the Cortex-M toolchain files share. The including file sets cpu (compiler options), board
 # (linker script), machine (QEMU's machine and options) and clock (Hz).
 set(CMAKE_SYSTEM_NAME Generic)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What the Linux toolchain files share. The including file sets triplet and emulator. Statically
 # linked: the emulator needs no root file system.
 set(CMAKE_SYSTEM_NAME Linux)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Cortex-M0 with more memory than any part has.
 set(cpu "-mcpu=cortex-m0")
 set(board microbit-big)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Cortex-M0 as the part is: 256 KiB flash, 16 KiB RAM.
 set(cpu "-mcpu=cortex-m0")
 set(board microbit)

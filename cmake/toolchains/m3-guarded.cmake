@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Cortex-M3 whose memory protection traps null pointers and stack overflow.
 set(cpu "-mcpu=cortex-m3 -DNNLIB_MPU_GUARDS")
 set(board mps2)

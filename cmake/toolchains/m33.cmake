@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Cortex-M33 with single-precision floating point.
 set(cpu "-mcpu=cortex-m33 -mfpu=fpv5-sp-d16 -mfloat-abi=hard")
 set(board mps2-an505)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Cortex-M4 with single-precision floating point.
 set(cpu "-mcpu=cortex-m4 -mfpu=fpv4-sp-d16 -mfloat-abi=hard")
 set(board mps2)

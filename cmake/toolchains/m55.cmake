@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Cortex-M55 with floating point and vector extension.
 set(cpu "-mcpu=cortex-m55 -mfloat-abi=hard")
 set(board mps3-an547)

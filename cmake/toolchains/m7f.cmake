@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Cortex-M7 with double-precision floating point.
 set(cpu "-mcpu=cortex-m7 -mfpu=fpv5-d16 -mfloat-abi=hard")
 set(board mps2)

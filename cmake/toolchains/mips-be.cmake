@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # 32-bit MIPS, big-endian.
 set(triplet mips-linux-gnu)
 set(emulator qemu-mips)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # RISC-V RV32IMAC without an operating system, on picolibc. Debian has no C++ library for it: the
 # header-only part of the Arm package's serves, and the C driver links. The stack is the 32 KiB above
 # the heap.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ports/bare_metal/board.hpp"
 
 #include <cerrno>

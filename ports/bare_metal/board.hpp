@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a program without an operating system runs on: memory marks and the way out. The start-up
 // code of each architecture stands in its directory beside this file.
 #ifndef NNLIB_PORTS_BARE_METAL_BOARD_HPP

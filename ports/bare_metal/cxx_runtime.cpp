@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The C++ run-time support that code without exceptions needs. Where a library has the same, it
 // brings its terminate handler and the unwinder with it.
 #include <cstddef>

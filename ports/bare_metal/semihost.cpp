@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ports/bare_metal/semihost.hpp"
 
 namespace nnlib::semihost {

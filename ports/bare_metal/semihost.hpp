@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Semihosting: what a program asks of the debugger or emulator that runs it. The operation numbers
 // are those of the published interface, the same on Arm M-profile and on RISC-V.
 #ifndef NNLIB_PORTS_BARE_METAL_SEMIHOST_HPP

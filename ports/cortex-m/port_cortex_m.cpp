@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // SysTick counts processor clocks; its interrupt extends the 24 bits. The handler's name is the one
 // that vector tables of this architecture expect.
 #include "ports/port.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The time counter of the base architecture; the machine tells its rate in NNLIB_CLOCK_HZ.
 #include "ports/port.h"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Ends in the way that ENDING names; the runner must report the status that belongs to it. */
 #include <stdint.h>
 #include <stdlib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Format words against the model of the unit tests.
 #include <fuzzer/FuzzedDataProvider.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A network run on arbitrary buffers: it refuses them or leaves what the model says in the outputs.
 // The memory behind each buffer is just as large as the network's own geometry needs.
 #include <fuzzer/FuzzedDataProvider.h>

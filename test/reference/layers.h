@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Written by tools/reference/generate.py; do not edit.
 #ifndef TEST_REFERENCE_LAYERS_H
 #define TEST_REFERENCE_LAYERS_H

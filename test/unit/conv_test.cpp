@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Convolution in all its forms against loops straight from the formula, bit by bit.
 #include <algorithm>
 #include <cstdlib>
@@ -203,7 +204,7 @@ struct Layer {
 
   std::vector<float> out_data;
   nnlib::tensor in, weights, bias, out;
-  nnlib::chain<1, 1, 2> chain;
+  nnlib::layer_chain<1, 1, 2> chain;
   uint32_t pads[4];
   ai_layer_conv2d record;
 };
@@ -278,8 +279,8 @@ TEST(Conv2d, ExpandsIndicesOnEveryCall) {
           indices.data(), table.data(), nullptr);
       nnlib::tensor scratch({1, static_cast<uint32_t>(expanded.size()), 1, 1}, expanded.data());
       layer.weights.array = weights.array;
-      const nnlib::chain chain(nnlib::list(layer.in), nnlib::list(layer.out),
-                               nnlib::list(layer.weights, layer.bias), nnlib::list(scratch));
+      const nnlib::layer_chain chain(nnlib::list(layer.in), nnlib::list(layer.out),
+                                     nnlib::list(layer.weights, layer.bias), nnlib::list(scratch));
       layer.record.base.tensor_chain = &chain;
       EXPECT_EQ(ai_conv2d_scratch_size(&layer.record), expanded.size());
       EXPECT_TRUE(same_bits(expected, layer.run())) << bits << " bits, channels " << channels;
@@ -314,7 +315,7 @@ TEST(Conv2d, NonlinearityWindows) {
     Layer layer(forward_conv2d, s, data, 3, 3, record_nl);
     const std::vector<float> values(27);
     nnlib::tensor params({1, 3, sets, 1}, values.data());
-    const nnlib::chain chain(
+    const nnlib::layer_chain chain(
         nnlib::list(layer.in), nnlib::list(layer.out),
         nnlib::list(layer.weights, nnlib::absent, sets != 0 ? &params : nullptr));
     layer.record.base.tensor_chain = &chain;
@@ -398,9 +399,9 @@ TEST(Conv2dNlPool, SameBitsAsTheStepsInSequence) {
     std::vector<float> rows(size + width * s.filters * random.below(3));
     nnlib::tensor scratch({1, s.filters, width, 1}, not_null(rows));
     scratch.array.size = static_cast<ai_size>(rows.size());
-    const nnlib::chain chain(nnlib::list(layer.in), nnlib::list(layer.out),
-                             nnlib::list(layer.weights, s.bias ? &layer.bias : nullptr),
-                             nnlib::list(scratch));
+    const nnlib::layer_chain chain(nnlib::list(layer.in), nnlib::list(layer.out),
+                                   nnlib::list(layer.weights, s.bias ? &layer.bias : nullptr),
+                                   nnlib::list(scratch));
     fused.base.base.tensor_chain = &chain;
     pool_calls = {function, &scratch.array, layer.out_data.data(), s, x, y, 0};
     forward_conv2d_nl_pool(&fused.base.base);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Conversions, shifts and look-up tables over every number there is.
 #include <gtest/gtest.h>
 
@@ -119,7 +120,7 @@ TEST(Conversion, FloatsRoundAwayFromZeroAndSaturate) {
 
 // Runs a conversion of one row of elements.
 void convert(ai_layer_forward forward, ai_tensor& in, ai_tensor& out) {
-  nnlib::chain chain(nnlib::list(in), nnlib::list(out));
+  nnlib::layer_chain chain(nnlib::list(in), nnlib::list(out));
   ai_layer layer = nnlib::layer(AI_LAYER_TYPE_NL, forward, chain);
   forward(&layer);
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The core services against models, and with memory that is not theirs or runs out.
 // Linked with --wrap=malloc and --wrap=realloc, so that the heap can be exhausted.
 #include <gtest/gtest.h>
@@ -194,8 +195,8 @@ TEST(Signature, CoversMagicLayersAndFirstOutputs) {
   nnlib::tensor x({1, 3, 2, 1}, static_cast<float*>(nullptr));
   nnlib::tensor y({1, 5, 1, 4}, static_cast<int8_t*>(nullptr), nnlib::copied);
   nnlib::tensor z({1, 2, 1, 1}, static_cast<float*>(nullptr));
-  nnlib::chain full(nnlib::list(x), nnlib::list(y, z));
-  nnlib::chain empty(nnlib::list(y), nnlib::list());
+  nnlib::layer_chain full(nnlib::list(x), nnlib::list(y, z));
+  nnlib::layer_chain empty(nnlib::list(y), nnlib::list());
   ai_layer last = nnlib::layer(AI_LAYER_TYPE_NL, nullptr, full, &last);
   ai_layer middle = nnlib::layer(AI_LAYER_TYPE_GENERIC, nullptr, empty, &last);
   ai_layer first = nnlib::layer(AI_LAYER_TYPE_DENSE, nullptr, full, &middle);

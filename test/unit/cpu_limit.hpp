@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A limit on processor time, for functions that are to hang.
 #ifndef TEST_UNIT_CPU_LIMIT_HPP
 #define TEST_UNIT_CPU_LIMIT_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dense layers, dictionaries and matrix products against loops straight from the formulas, bit by
 // bit.
 #include <utility>
@@ -83,8 +84,9 @@ TEST(Dense, SameBitsAsTheFormula) {
       std::vector<float> out(expected.size());
       nnlib::tensor x({1, n_in, positions, 1}, in.data()), b({1, n_out, 1, 1}, bias.data());
       nnlib::tensor y({1, n_out, 1, positions}, out.data());
-      const nnlib::chain chain(nnlib::list(x), nnlib::list(y),
-                               nnlib::list(bits == 32 ? plain : coded, biased ? &b : nullptr));
+      const nnlib::layer_chain chain(
+          nnlib::list(x), nnlib::list(y),
+          nnlib::list(bits == 32 ? plain : coded, biased ? &b : nullptr));
       ai_layer layer = nnlib::layer(AI_LAYER_TYPE_DENSE, forward_dense, chain);
       forward_dense(&layer);
       ASSERT_TRUE(same_bits(expected, out)) << bits << " bits, " << n_in << " to " << n_out;
@@ -204,8 +206,8 @@ TEST(Matmul, SameBitsAsTheFormula) {
     with_each_instance([&] {
       std::vector<float> out(y.elements());
       nnlib::tensor ta(a, a_data.data()), tb(b, b_data.data()), ty(y, out.data());
-      const nnlib::chain inputs(nnlib::list(ta, tb), nnlib::list(ty));
-      const nnlib::chain weights(nnlib::list(ta), nnlib::list(ty), nnlib::list(tb));
+      const nnlib::layer_chain inputs(nnlib::list(ta, tb), nnlib::list(ty));
+      const nnlib::layer_chain weights(nnlib::list(ta), nnlib::list(ty), nnlib::list(tb));
       ai_layer layer =
           nnlib::layer(AI_LAYER_TYPE_GEMM, forward_matmul,
                        random.below(2) ? static_cast<const ai_tensor_chain&>(inputs) : weights);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fixed-point kernels against one naive loop, the choice between them, and the layers on them.
 #include <gtest/gtest.h>
 
@@ -341,10 +342,10 @@ void check_fused(const Convolution<T>& c, int out_bits, Pooling p, ai_nl_func nl
   nnlib::tensor out(q(out_bits), pooled, result.data());
   nnlib::tensor window(q(out_bits), {1, g.out_channels, g.out_width, p.size[1]}, rows.data());
   nnlib::tensor columns(AI_ARRAY_FORMAT_S16, {1, 1, 1, 1}, nullptr);
-  nnlib::chain plain_chain(nnlib::list(in), nnlib::list(middle), nnlib::list(weights, bias),
-                           nnlib::list(columns));
-  nnlib::chain fused_chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
-                           nnlib::list(window, columns));
+  nnlib::layer_chain plain_chain(nnlib::list(in), nnlib::list(middle), nnlib::list(weights, bias),
+                                 nnlib::list(columns));
+  nnlib::layer_chain fused_chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
+                                 nnlib::list(window, columns));
   ai_layer_conv2d plain = {nnlib::layer(AI_LAYER_TYPE_CONV2D, forward_conv2d_fixed, plain_chain),
                            groups,
                            nullptr,
@@ -416,8 +417,8 @@ TEST(FixedConvolutionLayer, UnsupportedHangs) {
     const nnlib::dims map = {1, 4, 2, 2};
     nnlib::tensor in(formats[0], map, data), weights(formats[1], {4, 1, 1, 4}, data);
     nnlib::tensor bias(formats[2], {1, 4, 1, 1}, data), out(formats[3], map, data);
-    nnlib::chain chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
-                       nnlib::list(in));
+    nnlib::layer_chain chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
+                             nnlib::list(in));
     static uint32_t pad[4] = {};
     ai_layer_conv2d layer = {nnlib::layer(AI_LAYER_TYPE_CONV2D, forward_conv2d_fixed, chain),
                              groups,

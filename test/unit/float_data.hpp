@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Floats for the unit tests: irregular, so that a sum in another order has other bits.
 #ifndef TEST_UNIT_FLOAT_DATA_HPP
 #define TEST_UNIT_FLOAT_DATA_HPP

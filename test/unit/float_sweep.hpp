@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sweeps of float kernels against loops written straight from their formulas: the same bits, with
 // every instance of the vector code.
 #ifndef TEST_UNIT_FLOAT_SWEEP_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a format word means, in plain arithmetic on its bits, and a comparison with the functions.
 #ifndef TEST_UNIT_FORMAT_MODEL_HPP
 #define TEST_UNIT_FORMAT_MODEL_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Format words that the named formats do not reach, against a model of their bits.
 #include <gtest/gtest.h>
 

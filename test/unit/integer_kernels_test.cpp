@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The integer kernels: requantization against wide arithmetic, the reference convolution against
 // the formula, and every other kernel against the reference, over shapes at the edges of their
 // blocks, on exactly sized scratch full of rubbish.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The integer layers: which kernel a geometry gets, scratch of exactly the size asked for, fused
 // against separate layers, addition and pooling against their formulas, and where layers stop.
 #include <gtest/gtest.h>
@@ -159,7 +160,7 @@ struct ConvLayer {
     nnlib::tensor extra({extra_dims}, reinterpret_cast<T*>(map.data), 0, &out_list);
     nnlib::tensor unsized({1, 1, 1, 1}, map.data);
     const auto chain_with = [&](nnlib::tensor& kernel) {
-      return std::make_unique<nnlib::chain<1, 1, 2, 2>>(
+      return std::make_unique<nnlib::layer_chain<1, 1, 2, 2>>(
           nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
           nnlib::list(fused ? extra : kernel, fused ? kernel : extra));
     };
@@ -330,7 +331,7 @@ TEST(IntegerLayersDeathTest, FaultWithoutParameters) {
   EXPECT_EXIT(run_without_zeropoints(), faults, "");
   int8_t data[4] = {};
   nnlib::tensor map({1, 4, 1, 1}, data);
-  nnlib::chain chain(nnlib::list(map), nnlib::list(map));
+  nnlib::layer_chain chain(nnlib::list(map), nnlib::list(map));
   ai_layer_nl relu = {nnlib::layer(AI_LAYER_TYPE_NL, forward_relu_integer, chain), nullptr};
   EXPECT_EXIT(forward_relu_integer(&relu.base), faults, "");
   EXPECT_EXIT(forward_relu_max_fixed(&relu.base), faults, "");
@@ -356,8 +357,8 @@ TEST(IntegerDenseLayer, ComputesEveryPosition) {
   nnlib::tensor bias({1, 3, 1, 1}, bias_data);
   const Rubbish scratch(16 + 18);
   nnlib::tensor scratch_tensor({1, 34, 1, 1}, scratch.data);
-  nnlib::chain chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
-                     nnlib::list(scratch_tensor));
+  nnlib::layer_chain chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
+                           nnlib::list(scratch_tensor));
   ai_layer layer = nnlib::layer(AI_LAYER_TYPE_DENSE, forward_dense_integer, chain);
   EXPECT_EQ(34u, ai_dense_integer_scratch_size(&layer));
   layer.forward(&layer);
@@ -387,7 +388,7 @@ void check_sum(const nnlib::dims& a_dims, const nnlib::dims& b_dims, bool same) 
       {1u << 16, &infos[0]}, {1u << 16, &infos[1]}, {1u << 16, &infos[2]}};
   nnlib::tensor a(a_dims, a_data.data(), 0, &q[0]), b(b_dims, b_data.data(), 0, &q[1]);
   nnlib::tensor out(loops, out_data.data(), 0, &q[2]);
-  nnlib::chain chain(nnlib::list(a, b), nnlib::list(out));
+  nnlib::layer_chain chain(nnlib::list(a, b), nnlib::list(out));
   ai_layer layer = nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_add_integer, chain);
   layer.forward(&layer);
   const auto at = [](const nnlib::dims& d, uint32_t n, uint32_t c, uint32_t w, uint32_t h) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A console program whose output lcut_report_test compares. The first argument selects the run.
 // Linked with --wrap=calloc, so that allocations can be made to fail.
 #include <cerrno>

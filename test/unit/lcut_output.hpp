@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The console output that a run of suites must have, piece by piece.
 #ifndef TEST_UNIT_LCUT_OUTPUT_HPP
 #define TEST_UNIT_LCUT_OUTPUT_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Compares the console output and the exit status of lcut_failing_program with the expected text.
 #include <gtest/gtest.h>
 

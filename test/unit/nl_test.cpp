@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Element-wise kernels, softmax, hardmax and the scalar helpers at special values, and what they do
 // to memory besides.
 #include "layers/layers_nl_generic_float.h"
@@ -155,7 +156,7 @@ TEST_P(Nl, IsAppliedFromTheLastElementToTheFirst) {
       nnlib::tensor out({1, 1, 1, 1}, actual.data());
       in.array = array_of(actual, kFrom);
       out.array = array_of(actual, to);
-      const nnlib::chain chain(nnlib::list(in), nnlib::list(out));
+      const nnlib::layer_chain chain(nnlib::list(in), nnlib::list(out));
       ai_layer_nl layer = {nnlib::layer(AI_LAYER_TYPE_NL, op.forward, chain),
                            params.empty() ? nullptr : &param_array};
       if (elements == size) {
@@ -212,7 +213,7 @@ TEST(PreluTest, LayerRepeatsTheSlopesAndResetsTheDataPointers) {
   out.array = array_of(results, 2);
   nnlib::tensor weights({1, 3, 1, 1}, slopes.data());
   weights.array.size = 4;
-  const nnlib::chain chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights));
+  const nnlib::layer_chain chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights));
   ai_layer layer = nnlib::layer(AI_LAYER_TYPE_NL, forward_prelu, chain);
   forward_prelu(&layer);
   expect_same({7, 7, -0.5f, -0.5f, 3, 7, -2.5f, 6, 7, 7, -4.5f, -2.5f}, results, "prelu layer");
@@ -271,7 +272,7 @@ TEST(HardmaxTest, MarksTheFirstLargestOfChannelsTimesHeight) {
   Floats results(12, 0.25f);
   nnlib::tensor in({1, 3, 2, 3}, values.data());
   nnlib::tensor out({1, 3, 2, 3}, results.data());
-  const nnlib::chain chain(nnlib::list(in), nnlib::list(out));
+  const nnlib::layer_chain chain(nnlib::list(in), nnlib::list(out));
   ai_layer layer = nnlib::layer(AI_LAYER_TYPE_NL, forward_hardmax, chain);
   forward_hardmax(&layer);
   expect_same({0, 1, 0, 1, 0, 0, 1, 0, 0, 0.25f, 0.25f, 0.25f}, results, "hardmax");

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The normalizations against loops over coordinates, written from their equations: the same bits.
 #include <gtest/gtest.h>
 
@@ -26,8 +27,8 @@ struct Map {
     float* target = in_place ? from.data() : to.data();
     nnlib::tensor in(d, from.data()), out(d, target);
     nnlib::tensor weights({1, d.c, 1, 1}, scale.data()), biases({1, d.c, 1, 1}, bias.data());
-    nnlib::chain chain(nnlib::list(in), nnlib::list(out),
-                       nnlib::list(weights, with_bias ? &biases : nnlib::absent));
+    nnlib::layer_chain chain(nnlib::list(in), nnlib::list(out),
+                             nnlib::list(weights, with_bias ? &biases : nnlib::absent));
     Layer layer = {nnlib::layer(AI_LAYER_TYPE_GENERIC, forward, chain), parameters...};
     forward(reinterpret_cast<ai_layer*>(&layer));
     return in_place ? from : to;

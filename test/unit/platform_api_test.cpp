@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The platform API under hostile input, and batches seen from inside a network.
 // Linked with --wrap=core_init and --wrap=ai_check_custom_types, so that they can be made to fail.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pooling against a loop straight from its definition, to the bit, over many geometries; buffers
 // have exactly their size.
 #include "layers/layers_pool_generic_float.h"
@@ -86,7 +87,7 @@ Floats pooled(Kind kind, const PoolGeometry& g, Floats in) {
            u16(g.out_width), u16(g.out_height), &output.array);
     return out;
   }
-  const nnlib::chain chain(nnlib::list(input), nnlib::list(output));
+  const nnlib::layer_chain chain(nnlib::list(input), nnlib::list(output));
   const ai_layer_forward forward = kind == kForwardMax ? forward_mp : forward_ap;
   uint32_t pad[4] = {g.pad_y, g.pad_x, 99, 99};
   ai_layer_pool layer = {nnlib::layer(AI_LAYER_TYPE_POOL, forward, chain),

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The recurrent layers against loops written from their equations: the same bits, whatever the
 // instruction set and the heap's size, and one heap block for each call.
 #include <gtest/gtest.h>
@@ -134,9 +135,9 @@ struct Model {
     nnlib::tensor in({1, F, 1, T}, x.data()), out({1, U, 1, order.sequence ? T : 1}, y.data());
     nnlib::tensor kernel({F, gates * U, 1, 1}, W.data()), bias({1, gates * U, 1, 1}, B.data());
     nnlib::tensor recurrent({U, gates * U, 1, 1}, R.data()), peephole({1, 3 * U, 1, 1}, P.data());
-    const nnlib::chain chain(nnlib::list(in), nnlib::list(out),
-                             kind == kLstm ? nnlib::list(kernel, recurrent, peephole, bias)
-                                           : nnlib::list(kernel, recurrent, bias, peephole));
+    const nnlib::layer_chain chain(nnlib::list(in), nnlib::list(out),
+                                   kind == kLstm ? nnlib::list(kernel, recurrent, peephole, bias)
+                                                 : nnlib::list(kernel, recurrent, bias, peephole));
     const ai_layer base = nnlib::layer(AI_LAYER_TYPE_GENERIC, nullptr, chain);
     const ai_activation_fn gate = recurrent_activation;
     const uint8_t go_backwards = order.go_backwards, reverse = order.reverse;

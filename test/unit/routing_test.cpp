@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Walks that layers steer: branches between a split and an add layer, and inner chains run for each
 // time step.
 #include <gtest/gtest.h>
@@ -24,7 +25,7 @@ void forward_affine(ai_layer* layer) {
   *affine.out = *affine.in * affine.factor + affine.offset;
 }
 
-const nnlib::chain<0, 0> kNoTensors{{}, {}};
+const nnlib::layer_chain<0, 0> kNoTensors{{}, {}};
 
 constexpr ai_layer plain(ai_layer_forward forward, ai_layer* next = nullptr) {
   return nnlib::layer(AI_LAYER_TYPE_GENERIC, forward, kNoTensors, next);
@@ -124,7 +125,7 @@ struct Sequence {
   }
   float in_data[kFeatures * kSteps], out_data[kFeatures * kSteps] = {};
   nnlib::tensor in{{1, kFeatures, 1, kSteps}, in_data}, out{{1, kFeatures, 1, kSteps}, out_data};
-  nnlib::chain<1, 1> chain{list(in), list(out)};
+  nnlib::layer_chain<1, 1> chain{list(in), list(out)};
 };
 
 TEST(TimeDistributed, OneInnerLayerAlsoInPlace) {
@@ -132,7 +133,7 @@ TEST(TimeDistributed, OneInnerLayerAlsoInPlace) {
   for (const bool in_place : {false, true}) {
     Sequence sequence;
     nnlib::tensor& out = in_place ? sequence.in : sequence.out;
-    const nnlib::chain chain(list(sequence.in), list(out));
+    const nnlib::layer_chain chain(list(sequence.in), list(out));
     ai_layer spy = nnlib::layer(AI_LAYER_TYPE_GENERIC, forward_spy, chain);
     sequence.run(spy, chain);
     EXPECT_EQ(g_chains.size(), kSteps);
@@ -148,8 +149,8 @@ TEST(TimeDistributed, SeveralInnerLayers) {
   float offsets[kFeatures] = {1, -2, 4}, a_data[kFeatures], b_data[kFeatures];
   nnlib::tensor offset({1, kFeatures, 1, 1}, offsets), a({1, kFeatures, 1, 1}, a_data),
       b({1, kFeatures, 1, 1}, b_data);
-  const nnlib::chain first_chain(list(sequence.in, offset), list(a));
-  const nnlib::chain middle_chain(list(a), list(b)), last_chain(list(b), list(sequence.out));
+  const nnlib::layer_chain first_chain(list(sequence.in, offset), list(a));
+  const nnlib::layer_chain middle_chain(list(a), list(b)), last_chain(list(b), list(sequence.out));
   ai_layer last = nnlib::layer(AI_LAYER_TYPE_GENERIC, forward_spy, last_chain, &last);
   ai_layer middle = nnlib::layer(AI_LAYER_TYPE_GENERIC, forward_spy, middle_chain, &last);
   ai_layer_eltwise first = {
@@ -166,8 +167,9 @@ TEST(TimeDistributed, SeveralInnerLayers) {
 
 TEST(TimeDistributedDeathTest, ListTooLongToStandInFor) {
   Sequence s;
-  const nnlib::chain most(list(s.in, s.in, s.in, s.in, s.in, s.in, s.in, s.in), list(s.out));
-  const nnlib::chain more(list(s.in, s.in, s.in, s.in, s.in, s.in, s.in, s.in, s.in), list(s.out));
+  const nnlib::layer_chain most(list(s.in, s.in, s.in, s.in, s.in, s.in, s.in, s.in), list(s.out));
+  const nnlib::layer_chain more(list(s.in, s.in, s.in, s.in, s.in, s.in, s.in, s.in, s.in),
+                                list(s.out));
   ai_layer spy = nnlib::layer(AI_LAYER_TYPE_GENERIC, forward_spy, most);
   s.run(spy, s.chain);
   EXPECT_EQ(g_chains.size(), kSteps);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a command and keeps its console output and its exit status.
 #ifndef TEST_UNIT_RUN_PROGRAM_HPP
 #define TEST_UNIT_RUN_PROGRAM_HPP

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Suites for the runner, of which FAILING_CASES cases (an environment variable) fail.
 // Linked with --wrap=port_ticks and --wrap=lcut_test_report: the clock stands still but for the
 // steps taken here, the long ones outside the span that the runner measures.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The runner's whole output and exit status on suites that fail.
 #include <gtest/gtest.h>
 

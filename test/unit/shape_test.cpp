@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Layers that move and combine tensors against index loops, in heap blocks of exactly their size.
 #include <gtest/gtest.h>
 
@@ -74,7 +75,7 @@ struct FloatInput : Map {
 
 template <class Layer, class Inputs, class Outputs, class... Weights>
 void run(ai_layer_forward forward, Layer layer, Inputs in, Outputs out, Weights... weights) {
-  const nnlib::chain chain(in, out, weights...);
+  const nnlib::layer_chain chain(in, out, weights...);
   layer.base = nnlib::layer(AI_LAYER_TYPE_GENERIC, forward, chain);
   forward(&layer.base);
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The timer on a clock of this program's own, which takes the place of the port's.
 #include <gtest/gtest.h>
 

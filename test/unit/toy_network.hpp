@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A network of two toy layers with both kinds of inputs and outputs, and a caller of it.
 #ifndef TEST_UNIT_TOY_NETWORK_HPP
 #define TEST_UNIT_TOY_NETWORK_HPP
@@ -87,8 +88,8 @@ struct ToyNetwork {
   nnlib::tensor y{AI_ARRAY_FORMAT_U8, {1, 2, 3, 2}, memory.home_y + 2, memory.home_y, &no_scales};
   nnlib::tensor z{AI_ARRAY_FORMAT_S16 | nnlib::copied, {1, 1, 2, 3}, memory.home_z};
   nnlib::tensor* tensors[4] = {&a, &b, &y, &z};
-  nnlib::chain<2, 1> first_chain{nnlib::list(a, b), nnlib::list(y)};
-  nnlib::chain<1, 1> second_chain{nnlib::list(y), nnlib::list(z)};
+  nnlib::layer_chain<2, 1> first_chain{nnlib::list(a, b), nnlib::list(y)};
+  nnlib::layer_chain<1, 1> second_chain{nnlib::list(y), nnlib::list(z)};
   ai_layer second = nnlib::layer(AI_LAYER_TYPE_NL, forward_triple, second_chain);
   ai_layer first = nnlib::layer(AI_LAYER_TYPE_ADD, forward_add, first_chain, &second);
   nnlib::network<2, 2> net{nnlib::list(a, b), nnlib::list(y, z), first};

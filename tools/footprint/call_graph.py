@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Stack of a function, from what GCC's -fcallgraph-info=su tells of the library's sources."""
 
 import collections

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Prints, for each layer function that takes heap, the bytes that one call asks malloc for. Link
  * with --wrap=malloc. */
 #include <stdio.h>

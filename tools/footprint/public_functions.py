@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The functions that the public headers declare, by the function pointer type that they fit."""
 
 import collections

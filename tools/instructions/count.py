@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Counts instructions per multiply-accumulate under QEMU; writes them into docs/footprint.md."""
 
 import pathlib

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs convolution and dense layers between region_begin and region_end, for an emulator that
 // counts instructions there. Prints a line for each: layer, data type, multiply-accumulates.
 #include <cstdio>
@@ -121,8 +122,8 @@ void run(const Shape& s) {
   nnlib::tensor out(Type::kFormat, {1, s.out_channels, s.out_side(), s.out_side()}, out_data,
                     Type::quantization(1));
   nnlib::tensor scratch({1, kScratchBytes, 1, 1}, g_scratch);
-  nnlib::chain chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
-                     nnlib::list(scratch));
+  nnlib::layer_chain chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
+                           nnlib::list(scratch));
   uint32_t no_pad[AI_SHAPE_DIMS] = {};
   ai_layer_conv2d layer = {nnlib::layer(s.is_dense ? AI_LAYER_TYPE_DENSE : AI_LAYER_TYPE_CONV2D,
                                         s.is_dense ? Type::kDense : Type::kConvolution, chain),

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* QEMU plugin (interface version 1, QEMU 7): counts the guest instructions from the address "begin"
  * up to the address "end", exactly, and writes one line for each such region.
  *

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The 32-bit checksum of a byte pattern of odd length."""
 
 import numpy as np

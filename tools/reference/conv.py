@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Convolution, its transpose, and both fused with a nonlinearity and pooling. Maps are [H][W][C],
 sizes of maps and kernels (channels, width, height) and (width, height), steps (x, y), pads (top,
 left, bottom, right).

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Fixed-point convolutions."""
 
 import numpy as np

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Integer dense and convolution layers."""
 
 import numpy as np

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Format conversion: exact arithmetic on fractions, from the meaning of each format."""
 
 from fractions import Fraction

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Input data that bites: signed, irregular and reproducible on every machine."""
 
 import numpy as np

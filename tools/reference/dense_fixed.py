@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Fixed-point dense layers: two outputs of fixed values, from sums that need their rounding."""
 
 import numpy as np

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Binary element-wise and reduce layers: NumPy's own broadcasting over [H][W][C][N]."""
 
 import numpy as np

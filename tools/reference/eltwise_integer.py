@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Integer addition with broadcasting."""
 
 import numpy as np

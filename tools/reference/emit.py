@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Writes the C++ headers of reference vectors."""
 
 import pathlib
@@ -52,7 +53,8 @@ class Header:
 
     def text(self):
         guard = "TEST_REFERENCE_%s_H" % self.name.upper()
-        lines = ["// Written by tools/reference/generate.py; do not edit.",
+        lines = ["// SPDX-License-Identifier: MIT",
+                 "// Written by tools/reference/generate.py; do not edit.",
                  "#ifndef " + guard, "#define " + guard, "", "#include <cstdint>", ""]
         for name, values in self._arrays.items():
             kind = _kind(values)

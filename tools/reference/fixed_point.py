@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Fixed-point layers on whole numbers, written from their formulas. Maps are [H][W][C]."""
 
 import numpy as np

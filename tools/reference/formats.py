@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The named formats: words built from their fields, sizes and conversions."""
 
 import numpy as np

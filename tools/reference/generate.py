@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Regenerates test/reference/ from the models in this directory, byte for byte.
 
 generate.py            writes every header

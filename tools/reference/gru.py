@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """GRU layers: F = 3, U = 2; one weight set, different options."""
 
 import recurrent

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The float layers: dense, products of matrices, data movement, norms, pooling. Maps are [H][W][C]."""
 
 import numpy as np

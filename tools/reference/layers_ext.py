@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Data-movement layers: transpose, concat, time delay, time distributed. Arrays are [H][W][C]."""
 
 import numpy as np

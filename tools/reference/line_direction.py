@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What examples/line_direction.c must print. Its pictures and weights are read from the source."""
 
 import pathlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """LSTM layers: F = 3, U = 2; one weight set with peepholes and bias; a dense layer behind."""
 
 import recurrent

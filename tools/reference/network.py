@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Whole networks of few layers, on exact data. Maps are [H][W][C], batches the first axis."""
 
 import numpy as np

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Element-wise functions, softmax and hardmax, in double precision."""
 
 import math

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Fixed-point nonlinearities: the real functions of the numbers that the inputs stand for."""
 
 import numpy as np

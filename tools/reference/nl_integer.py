@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Integer nonlinearities: tables, and limits in the quantized domain."""
 
 import math

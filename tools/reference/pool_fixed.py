@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Fixed-point pooling."""
 
 import fixed_point as fx

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Integer max and average pooling."""
 
 import numpy as np

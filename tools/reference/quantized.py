@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Integer arithmetic of 8-bit quantized layers, on Python's unbounded integers."""
 
 import math

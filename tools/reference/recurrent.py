@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Recurrent cells in double precision, a unit at a time, written from their equations."""
 
 import numpy as np

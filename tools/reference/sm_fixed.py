@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Fixed-point softmax: two pixels of five channels."""
 
 import fixed_point as fx

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Vector table, reset and fault handler for Armv6-M to Armv8.1-M.
 #include <cstdlib>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The C library's system calls, over semihosting.
 #include <sys/stat.h>
 

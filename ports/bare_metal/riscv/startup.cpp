@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The C library starts the program and does input and output; this adds the memory marks and the
 // trap handler, before any other constructor runs.
 #include "ports/bare_metal/board.hpp"
