@@ -277,8 +277,8 @@ CASE(tc_conv2D_prelu_conformance) {
 }
 
 CASE(tc_conv2D_pad_sigmoid_max_pooling_conformance) {
-  INPUTS(conv_pad_sigmoid_max_pool, map(3, 6, 4), kernel(3, 3, 3, 4));
-  FUSED(conv_pad_sigmoid_max_pool, map(4, 6, 2), map(4, 3, 2),
+  INPUTS(conv_pad_sigmoid_max_pool, map(3, 6, 4), kernel(3, 3, 3, 5));
+  FUSED(conv_pad_sigmoid_max_pool, map(5, 6, 2), map(5, 3, 2),
         pooling(pool_func_mp_array_f32, {2, 2}, {2, 2}), .pads = {1, 1, 1, 1},
         .nl = nl_func_sigmoid_array_f32);
   check_fused(tc, conv_pad_sigmoid_max_pool_layer, conv_pad_sigmoid_max_pool_out_reference,
@@ -286,8 +286,8 @@ CASE(tc_conv2D_pad_sigmoid_max_pooling_conformance) {
 }
 
 CASE(tc_conv2D_pad_sigmoid_max_pooling_dict8_conformance) {
-  INDEX_INPUTS(conv_pad_sigmoid_max_pool_dict8, 8, map(3, 6, 4), kernel(3, 3, 3, 4));
-  FUSED_INDEX(conv_pad_sigmoid_max_pool_dict8, map(4, 6, 2), map(4, 3, 2),
+  INDEX_INPUTS(conv_pad_sigmoid_max_pool_dict8, 8, map(3, 6, 4), kernel(3, 3, 3, 5));
+  FUSED_INDEX(conv_pad_sigmoid_max_pool_dict8, map(5, 6, 2), map(5, 3, 2),
               pooling(pool_func_mp_array_f32, {2, 2}, {2, 2}), .pads = {1, 1, 1, 1},
               .nl = nl_func_sigmoid_array_f32);
   check_fused(tc, conv_pad_sigmoid_max_pool_dict8_layer,
@@ -295,8 +295,8 @@ CASE(tc_conv2D_pad_sigmoid_max_pooling_dict8_conformance) {
 }
 
 CASE(tc_conv2D_pad_sigmoid_max_pooling_dict4_conformance) {
-  INDEX_INPUTS(conv_pad_sigmoid_max_pool_dict4, 4, map(3, 6, 4), kernel(3, 3, 3, 4));
-  FUSED_INDEX(conv_pad_sigmoid_max_pool_dict4, map(4, 6, 2), map(4, 3, 2),
+  INDEX_INPUTS(conv_pad_sigmoid_max_pool_dict4, 4, map(4, 6, 4), kernel(4, 3, 3, 5));
+  FUSED_INDEX(conv_pad_sigmoid_max_pool_dict4, map(5, 6, 2), map(5, 3, 2),
               pooling(pool_func_mp_array_f32, {2, 2}, {2, 2}), .pads = {1, 1, 1, 1},
               .nl = nl_func_sigmoid_array_f32);
   check_fused(tc, conv_pad_sigmoid_max_pool_dict4_layer,

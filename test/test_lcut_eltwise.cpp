@@ -37,12 +37,12 @@ void check_eltwise(lcut_case* tc, ai_binary_fn operation, const float (&referenc
         tc, operation, stem##_out_reference, CALLING_SITE);       \
   }
 
-// Over the channels.
-template <size_t Count>
+// Of a map of five channels, width 3 and height 2.
+template <uint32_t C, uint32_t W, size_t Count>
 void check_reduce(lcut_case* tc, ai_binary_fn operation, float neutral_value,
                   const float (&reference)[Count], Site site = CALLING_SITE) {
   static constinit nnlib::tensor reduce_in({1, 5, 3, 2}, reduce_in_data);
-  output_tensor<float, 1, 1, 3, 2> reduce_out;
+  output_tensor<float, 1, C, W, 2> reduce_out;
   const nnlib::layer_chain reduce_layer_chain(nnlib::list(reduce_in), nnlib::list(reduce_out));
   ai_layer_reduce reduce_layer = {
       nnlib::layer(AI_LAYER_TYPE_REDUCE, forward_reduce, reduce_layer_chain), neutral_value,
@@ -89,11 +89,15 @@ CASE(tc_custom_func_chain) {
 }
 
 CASE(tc_reduce_sum) {
-  check_reduce(tc, ai_sum, 0.0f, reduce_sum_out_reference);
+  check_reduce<1, 3>(tc, ai_sum, 0.0f, reduce_sum_channels_out_reference);
+  check_reduce<5, 1>(tc, ai_sum, 0.0f, reduce_sum_width_out_reference);
+  check_reduce<5, 1>(tc, ai_sum, 0.75f, reduce_sum_from_out_reference);
 }
 
 CASE(tc_reduce_min) {
-  check_reduce(tc, ai_min, FLT_MAX, reduce_min_out_reference);
+  check_reduce<1, 3>(tc, ai_min, FLT_MAX, reduce_min_channels_out_reference);
+  check_reduce<5, 1>(tc, ai_min, FLT_MAX, reduce_min_width_out_reference);
+  check_reduce<5, 1>(tc, ai_min, -1.25f, reduce_min_from_out_reference);
 }
 
 SUITE(test_lcut_eltwise, "test_lcut_elementwise layer test unit",

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Array and buffer format words.
+#include <algorithm>
 #include <iterator>
 
 #include "test/fixture.hpp"
@@ -54,11 +55,15 @@ void check_q(lcut_case* tc, uint32_t fmt, int32_t bits, int32_t fbits, bool is_s
               site);
 }
 
-// The name of a fixed-point word is its own or its family's.
-void check_q_name(lcut_case* tc, const char* name, const char* family, Site site = CALLING_SITE) {
-  if (std::strncmp(name, "FMT_", 4) != 0) {
-    lcut_str_equal(tc, family, name, site.line, site.function, site.file);
-  }
+// The name of a fixed-point word: its own where its code is among the named ones, otherwise its
+// family's.
+template <uint32_t Count>
+void check_q_name(lcut_case* tc, const char* name, uint32_t code, const uint32_t (&codes)[Count],
+                  const char* const (&names)[Count], const char* family,
+                  Site site = CALLING_SITE) {
+  const uint32_t* named = std::find(codes, codes + Count, code);
+  lcut_str_equal(tc, named != codes + Count ? names[named - codes] : family, name, site.line,
+                 site.function, site.file);
 }
 
 }  // namespace
@@ -71,8 +76,8 @@ CASE(tc_array_formats_check_formats) {
 CASE(tc_array_formats_check_q_formats) {
   for_each_q(kAllFlags, [tc](uint32_t fmt, int32_t, int32_t, bool is_signed) {
     LCUT_TRUE(tc, ai_array_fmt_valid(fmt));
-    check_q_name(tc, ai_array_fmt_name(fmt),
-                 is_signed ? "AI_ARRAY_FORMAT_Q" : "AI_ARRAY_FORMAT_UQ");
+    check_q_name(tc, ai_array_fmt_name(fmt), fmt & ~kAllFlags, array_format_codes,
+                 array_format_names, is_signed ? "AI_ARRAY_FORMAT_Q" : "AI_ARRAY_FORMAT_UQ");
   });
 }
 
@@ -191,7 +196,7 @@ CASE(tc_array_formats_convert_q) {
 CASE(tc_buffer_formats_check_q_setters) {
   for_each_q(0, [tc](uint32_t fmt, int32_t, int32_t, bool is_signed) {
     LCUT_TRUE(tc, ai_buffer_fmt_valid(fmt));
-    check_q_name(tc, ai_buffer_fmt_name(fmt),
+    check_q_name(tc, ai_buffer_fmt_name(fmt), fmt, buffer_format_codes, buffer_format_names,
                  is_signed ? "AI_BUFFER_FORMAT_Q" : "AI_BUFFER_FORMAT_UQ");
   });
 }

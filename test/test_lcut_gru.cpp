@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// GRU layers: one weight set, F = 3, U = 2, run with different options.
+// GRU layers: one weight set, F = 5, U = 2, run with different options.
 #include "core/ai_math_helpers.h"
 #include "layers/layers_rnn_generic_float.h"
 #include "test/fixture.hpp"
@@ -7,7 +7,7 @@
 
 namespace {
 
-constinit nnlib::tensor gru_kernel({3, 6, 1, 1}, gru_kernel_data);
+constinit nnlib::tensor gru_kernel({5, 6, 1, 1}, gru_kernel_data);
 constinit nnlib::tensor gru_recurrent({2, 6, 1, 1}, gru_recurrent_data);
 constinit nnlib::tensor gru_bias({1, 6, 1, 1}, gru_bias_data);
 
@@ -23,7 +23,7 @@ struct GruOptions {
 template <uint32_t Steps, size_t Count>
 void check_gru(lcut_case* tc, const GruOptions& options, const float (&reference)[Count],
                Site site = CALLING_SITE) {
-  static constinit nnlib::tensor gru_in({1, 3, 1, Steps}, gru_in_data);
+  static constinit nnlib::tensor gru_in({1, 5, 1, Steps}, gru_in_data);
   output_tensor<float, 1, 2, 1, Count / 2> gru_out;
   const nnlib::layer_chain gru_layer_chain(nnlib::list(gru_in), nnlib::list(gru_out),
                                            nnlib::list(gru_kernel, gru_recurrent, gru_bias));

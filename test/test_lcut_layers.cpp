@@ -73,13 +73,13 @@ CASE(tc_distr_dense_conformance) {
 
 CASE(tc_slice_conformance) {
   static constexpr uint32_t axes[] = {AI_SHAPE_H, AI_SHAPE_C};
-  static constexpr int32_t starts[] = {1, 1};
-  static constexpr int32_t ends[] = {4, 3};
+  static constexpr int32_t starts[] = {2, 1};
+  static constexpr int32_t ends[] = {5, 3};
   TENSOR(slice_axes, axes, 1, 2, 1, 1);
   TENSOR(slice_starts, starts, 1, 2, 1, 1);
   TENSOR(slice_ends, ends, 1, 2, 1, 1);
-  TENSOR(slice_in, slice_in_data, 1, 3, 4, 5);
-  OUTPUT(slice_out, 1, 2, 4, 3);
+  TENSOR(slice_in, slice_in_data, 1, 4, 3, 6);
+  OUTPUT(slice_out, 1, 2, 3, 3);
   CHAIN(slice, list(slice_in), list(slice_out));
   LAYER(ai_layer_slice, slice, SLICE, forward_slice, &slice_axes.array, &slice_starts.array,
         &slice_ends.array);
@@ -97,9 +97,9 @@ CASE(tc_topK_conformance) {
 }
 
 CASE(tc_tile_conformance) {
-  static constexpr uint16_t repeats[] = {2, 3, 2};
+  static constexpr uint16_t repeats[] = {2, 3, 4};
   TENSOR(tile_in, tile_in_data, 1, 2, 3, 2);
-  OUTPUT(tile_out, 1, 4, 9, 4);
+  OUTPUT(tile_out, 1, 8, 9, 4);
   CHAIN(tile, list(tile_in), list(tile_out));
   LAYER(ai_layer_tile, tile, TILE, forward_tile, repeats);
   check_layer(tc, tile_layer, tile_out_reference, kFloatEpsilon);
@@ -124,7 +124,7 @@ void check_pad(lcut_case* tc, uint32_t mode, uint32_t top, uint32_t left, float 
 }  // namespace
 
 CASE(tc_pad_reflect_conformance) {
-  check_pad<9, 6>(tc, AI_PAD_REFLECT, 1, 2, 0.0f, pad_reflect_out_reference, kFloatEpsilon);
+  check_pad<8, 6>(tc, AI_PAD_REFLECT, 2, 1, 0.0f, pad_reflect_out_reference, kFloatEpsilon);
 }
 
 CASE(tc_pad_constant_conformance) {
@@ -205,12 +205,23 @@ CASE(tc_gemm_conformance) {
   check_layer(tc, gemm_3_inputs_layer, gemm_3_inputs_out_reference, kFloatEpsilon);
 }
 
+namespace {
+
+template <uint32_t N, size_t A, size_t B, size_t Count>
+void check_matmul(lcut_case* tc, const float (&a_data)[A], const float (&b_data)[B],
+                  const float (&reference)[Count], Site site = CALLING_SITE) {
+  nnlib::tensor a({N, 2, 3, 2}, a_data), b({N, 2, 4, 3}, b_data);
+  output_tensor<float, N, 2, 4, 2> out;
+  const nnlib::layer_chain chain(list(a, b), list(out));
+  ai_layer layer = nnlib::layer(AI_LAYER_TYPE_GEMM, forward_matmul, chain);
+  check_layer(tc, layer, reference, kFloatEpsilon, site);
+}
+
+}  // namespace
+
 CASE(tc_matmul_conformance) {
-  TENSOR(matmul_a, matmul_a_data, 2, 2, 3, 2);
-  TENSOR(matmul_b, matmul_b_data, 2, 2, 4, 3);
-  OUTPUT(matmul_out, 2, 2, 4, 2);
-  PLAIN_LAYER(matmul, GEMM, forward_matmul, list(matmul_a, matmul_b), list(matmul_out));
-  check_layer(tc, matmul_layer, matmul_out_reference, kFloatEpsilon);
+  check_matmul<2>(tc, matmul_a_data, matmul_b_data, matmul_out_reference);
+  check_matmul<1>(tc, matmul_1_a_data, matmul_1_b_data, matmul_1_out_reference);
 }
 
 CASE(tc_batch_norm_conformance) {

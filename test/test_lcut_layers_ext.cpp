@@ -42,13 +42,14 @@ CASE(tc_transpose_swap2_conformance) {
 CASE(tc_concat_conformance) {
   static constinit nnlib::tensor concat_in0({1, 2, 2, 3}, concat_in0_data);
   static constinit nnlib::tensor concat_in1({1, 1, 2, 3}, concat_in1_data);
-  static constinit nnlib::tensor concat_in2({1, 2, 2, 1}, concat_in2_data);
-  static constinit output_tensor<float, 1, 3, 2, 3> concat_channels_out;
-  static constinit output_tensor<float, 1, 2, 2, 4> concat_height_out;
+  static constinit nnlib::tensor concat_in2({1, 3, 2, 3}, concat_in2_data);
+  static constinit nnlib::tensor concat_in3({1, 2, 2, 1}, concat_in3_data);
+  static constinit output_tensor<float, 1, 6, 2, 3> concat_channels_out;
+  static constinit output_tensor<float, 1, 2, 2, 7> concat_height_out;
   static constinit nnlib::layer_chain concat_channels_layer_chain(
-      nnlib::list(concat_in0, concat_in1), nnlib::list(concat_channels_out));
-  static constinit nnlib::layer_chain concat_height_layer_chain(nnlib::list(concat_in0, concat_in2),
-                                                                nnlib::list(concat_height_out));
+      nnlib::list(concat_in0, concat_in1, concat_in2), nnlib::list(concat_channels_out));
+  static constinit nnlib::layer_chain concat_height_layer_chain(
+      nnlib::list(concat_in3, concat_in0, concat_in0), nnlib::list(concat_height_out));
   static constinit ai_layer_concat concat_channels_layer = {
       nnlib::layer(AI_LAYER_TYPE_CONCAT, forward_concat, concat_channels_layer_chain), AI_SHAPE_C};
   static constinit ai_layer_concat concat_height_layer = {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// LSTM layers: one weight set with peepholes and biases, F = 3, U = 2.
+// LSTM layers: one weight set with peepholes and biases, F = 5, U = 2.
 #include "core/ai_math_helpers.h"
 #include "layers/layers_dense_generic_float.h"
 #include "layers/layers_rnn_generic_float.h"
@@ -8,21 +8,22 @@
 
 namespace {
 
-constinit nnlib::tensor lstm_kernel({3, 8, 1, 1}, lstm_kernel_data);
+constinit nnlib::tensor lstm_kernel({5, 8, 1, 1}, lstm_kernel_data);
 constinit nnlib::tensor lstm_recurrent({2, 8, 1, 1}, lstm_recurrent_data);
 constinit nnlib::tensor lstm_peephole({1, 6, 1, 1}, lstm_peephole_data);
 constinit nnlib::tensor lstm_bias({1, 8, 1, 1}, lstm_bias_data);
 
 // Runs over the first steps of the input.
 template <uint32_t Steps>
-void run_lstm(ai_tensor& lstm_out, bool go_backwards) {
-  static constinit nnlib::tensor lstm_in({1, 3, 1, Steps}, lstm_in_data);
+void run_lstm(ai_tensor& lstm_out, bool go_backwards,
+              ai_activation_fn out_activation = ai_math_tanh) {
+  static constinit nnlib::tensor lstm_in({1, 5, 1, Steps}, lstm_in_data);
   const nnlib::layer_chain lstm_layer_chain(
       nnlib::list(lstm_in), nnlib::list(lstm_out),
       nnlib::list(lstm_kernel, lstm_recurrent, lstm_peephole, lstm_bias));
   const ai_layer base = nnlib::layer(AI_LAYER_TYPE_LSTM, forward_lstm, lstm_layer_chain);
-  ai_layer_lstm lstm_layer = {base,         2,    ai_math_tanh, ai_math_hard_sigmoid, ai_math_tanh,
-                              go_backwards, false};
+  ai_layer_lstm lstm_layer = {base,           2,            ai_math_tanh, ai_math_hard_sigmoid,
+                              out_activation, go_backwards, false};
   lstm_layer.base.forward(&lstm_layer.base);
 }
 
@@ -57,16 +58,16 @@ CASE(tc_lstm_conformance_go_back_rs) {
 }
 
 CASE(tc_lstm_dense_conformance) {
-  static constinit nnlib::tensor lstm_dense_weights({2, 3, 1, 1}, lstm_dense_weight_data);
-  static constinit nnlib::tensor lstm_dense_bias({1, 3, 1, 1}, lstm_dense_bias_data);
+  static constinit nnlib::tensor lstm_dense_weights({2, 4, 1, 1}, lstm_dense_weight_data);
+  static constinit nnlib::tensor lstm_dense_bias({1, 4, 1, 1}, lstm_dense_bias_data);
   static constinit output_tensor<float, 1, 2, 1, 1> lstm_out;
-  static constinit output_tensor<float, 1, 3, 1, 1> lstm_dense_out;
+  static constinit output_tensor<float, 1, 4, 1, 1> lstm_dense_out;
   static constinit nnlib::layer_chain lstm_dense_layer_chain(
       nnlib::list(lstm_out), nnlib::list(lstm_dense_out),
       nnlib::list(lstm_dense_weights, lstm_dense_bias));
   static constinit ai_layer lstm_dense_layer =
       nnlib::layer(AI_LAYER_TYPE_DENSE, forward_dense, lstm_dense_layer_chain);
-  run_lstm<3>(lstm_out, false);
+  run_lstm<3>(lstm_out, false, ai_math_sigmoid);
   check_layer(tc, lstm_dense_layer, lstm_dense_out_reference, kRecurrentTolerance);
 }
 

@@ -28,9 +28,15 @@ CASE(tc_types_signatures) {
     valid += ai_layer_type_is_valid(type) ? 1u : 0u;
   }
   LCUT_INT_EQUAL(tc, 26, valid);
-  LCUT_STR_EQUAL(tc, "INSTANCENORMALIZATION", ai_layer_type_name(10024));
-  for (const uint32_t unknown : {10000u, 10003u, 10018u, 10029u, 0x10000u + 10004u}) {
-    LCUT_STR_EQUAL(tc, "", ai_layer_type_name(unknown));
+  uint32_t type = 10000;
+  for (const char* name : {"", "ADD", "BN", "", "CONV2D", "DENSE", "GRU", "LRN", "LSTM", "NL",
+                           "NORM", "OPTIMIZED_CONV2D", "TRANSPOSE", "POOL", "SM", "SPLIT",
+                           "TIME_DELAY", "TIME_DISTRIBUTED", "", "CONCAT", "GEMM", "UPSAMPLE",
+                           "ELTWISE", "GENERIC", "INSTANCENORMALIZATION", "PAD", "SLICE", "TILE",
+                           "REDUCE", ""}) {
+    LCUT_STR_EQUAL(tc, name, ai_layer_type_name(type));
+    LCUT_STR_EQUAL(tc, "", ai_layer_type_name(0x10000 + type));
+    ++type;
   }
 }
 

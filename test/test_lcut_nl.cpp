@@ -76,7 +76,7 @@ CASE(tc_soft_max_conformance) {
 }
 
 CASE(tc_hardmax_conformance) {
-  NL_FIXTURE(hardmax, 4, 1, 3, AI_LAYER_TYPE_NL, forward_hardmax, nullptr);
+  NL_FIXTURE(hardmax, 4, 2, 3, AI_LAYER_TYPE_NL, forward_hardmax, nullptr);
   check_layer(tc, hardmax_layer, hardmax_out_reference, kFloatEpsilon);
 }
 

@@ -177,11 +177,27 @@ inline constexpr float reduce_in_data[] = {
     1.0625f, 1.9375f, 1.3125f, 0.8125f, 0.4375f, 0.0625f, -1.125f, 1.25f,
     -1.625f, 0.5625f, 0.3125f, -1.5625f, -0.8125f, 1.75f,
 };
-inline constexpr float reduce_sum_out_reference[] = {
+inline constexpr float reduce_sum_channels_out_reference[] = {
     -1.625f, -0.75f, -0.5f, 5.625f, -1.0f, 0.25f,
 };
-inline constexpr float reduce_min_out_reference[] = {
+inline constexpr float reduce_min_channels_out_reference[] = {
     -1.875f, -0.5f, -1.875f, 0.5f, -1.625f, -1.5625f,
+};
+inline constexpr float reduce_sum_width_out_reference[] = {
+    -1.0625f, -0.5625f, 0.8125f, -1.6875f, -0.375f, 1.5f, 1.4375f, -0.75f,
+    1.75f, 0.9375f,
+};
+inline constexpr float reduce_min_width_out_reference[] = {
+    -0.8125f, -1.875f, -0.6875f, -0.625f, -1.875f, 0.4375f, 0.0625f, -1.5625f,
+    -0.8125f, -1.625f,
+};
+inline constexpr float reduce_sum_from_out_reference[] = {
+    -0.3125f, 0.1875f, 1.5625f, -0.9375f, 0.375f, 2.25f, 2.1875f, 0.0f,
+    2.5f, 1.6875f,
+};
+inline constexpr float reduce_min_from_out_reference[] = {
+    -1.25f, -1.875f, -1.25f, -1.25f, -1.875f, -1.25f, -1.25f, -1.5625f,
+    -1.25f, -1.625f,
 };
 
 #endif

@@ -6,47 +6,49 @@
 #include <cstdint>
 
 inline constexpr float lstm_in_data[] = {
-    0.75f, 0.875f, -1.875f, 1.75f, -0.75f, 1.0f, -1.75f, -1.625f,
-    -1.875f,
+    1.375f, -0.625f, 1.875f, -1.0f, 0.75f, -1.75f, 1.5f, -1.875f,
+    -0.625f, -0.125f, 0.125f, 1.0f, 1.75f, 1.5f, 0.25f,
 };
 inline constexpr float lstm_kernel_data[] = {
-    0.25f, 0.375f, -1.25f, 0.875f, 0.5f, -0.375f, -0.375f, -0.25f,
-    0.75f, 1.25f, 0.875f, -0.625f, -0.875f, -0.75f, 0.75f, 0.5f,
-    -0.625f, -0.75f, -1.125f, -0.75f, 0.0f, 0.25f, -1.25f, 0.0f,
+    0.25f, 0.75f, 0.625f, 0.0f, 0.625f, -1.0f, 0.25f, -0.5f,
+    0.375f, 0.5f, -1.0f, 0.0f, -0.25f, -0.875f, 1.0f, -0.75f,
+    0.625f, 1.125f, -1.0f, 0.25f, 1.0f, 0.125f, 0.375f, 0.25f,
+    0.125f, -0.75f, 0.75f, -0.125f, 1.25f, -1.125f, 0.625f, 1.25f,
+    1.25f, 0.5f, 1.25f, -1.125f, -0.375f, -0.375f, -0.625f, 1.125f,
 };
 inline constexpr float lstm_recurrent_data[] = {
-    0.375f, 1.125f, -0.125f, -0.625f, 0.25f, -0.5f, -0.125f, 0.375f,
-    0.0f, -0.25f, 0.875f, 1.25f, -0.75f, -0.25f, -0.5f, 0.125f,
+    -0.625f, -1.25f, -0.375f, 1.125f, -0.375f, -0.875f, -0.5f, 0.0f,
+    0.5f, -1.125f, -0.625f, -1.125f, 0.75f, 1.125f, -1.125f, -1.25f,
 };
 inline constexpr float lstm_peephole_data[] = {
-    0.125f, 0.125f, 0.5f, 0.375f, 0.875f, -1.0f,
+    -0.375f, 0.0f, -0.625f, 0.25f, -0.75f, 0.375f,
 };
 inline constexpr float lstm_bias_data[] = {
-    -0.375f, -0.125f, -0.5f, -0.25f, 0.25f, 0.625f, 0.875f, 0.625f,
+    -0.25f, 0.0f, -0.375f, -0.75f, -0.25f, -0.125f, 0.125f, 0.875f,
 };
 inline constexpr float lstm_ts_1_out_reference[] = {
-    -0.208717689f, 0.33279556f,
+    0.60017395f, -0.0035305561f,
 };
 inline constexpr float lstm_ts_3_out_reference[] = {
-    0.50789839f, 0.0860027224f,
+    0.0120834289f, 0.141595572f,
 };
 inline constexpr float lstm_ts_3_rs_out_reference[] = {
-    -0.208717689f, 0.33279556f, -0.142822534f, 0.628313601f, 0.50789839f, 0.0860027224f,
+    0.60017395f, -0.0035305561f, 0.055027198f, 0.720253825f, 0.0120834289f, 0.141595572f,
 };
 inline constexpr float lstm_ts_3_back_out_reference[] = {
-    -0.169204786f, 0.474961728f,
+    0.273756564f, 0.238710895f,
 };
 inline constexpr float lstm_ts_3_back_rs_out_reference[] = {
-    0.558134377f, 0.135669991f, 0.167467237f, 0.514383376f, -0.169204786f, 0.474961728f,
+    0.587305188f, 0.144824773f, 0.0659003034f, 0.812606633f, 0.273756564f, 0.238710895f,
 };
 inline constexpr float lstm_dense_weight_data[] = {
-    0.75f, -0.5f, 0.25f, 0.0f, -0.5f, -1.0f,
+    0.25f, -1.0f, 0.75f, -0.125f, 1.0f, 0.5f, -0.125f, 0.25f,
 };
 inline constexpr float lstm_dense_bias_data[] = {
-    0.25f, 0.75f, 0.0f,
+    0.0f, 0.875f, -0.25f, 0.375f,
 };
 inline constexpr float lstm_dense_out_reference[] = {
-    0.587922454f, 0.876974583f, -0.339951932f,
+    0.00772278663f, 1.24506855f, 0.323865294f, 0.340973377f,
 };
 
 #endif

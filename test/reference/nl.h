@@ -315,11 +315,13 @@ inline constexpr float soft_max_out_reference[] = {
 };
 inline constexpr float hardmax_in_data[] = {
     -3.0f, -1.5f, -2.0f, -1.5f, 0.5f, 4.0f, -7.0f, 4.5f,
-    2.0f, 1.0f, 2.0f, -0.5f,
+    2.0f, 1.0f, 2.0f, -0.5f, 0.25f, 1.0f, 0.5f, -1.0f,
+    1.0f, 2.0f, 3.0f, 4.0f, 3.0f, 1.0f, 2.0f, 0.5f,
 };
 inline constexpr float hardmax_out_reference[] = {
     0.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f,
-    1.0f, 0.0f, 0.0f, 0.0f,
+    1.0f, 0.0f, 0.0f, 0.0f, -28720636.0f, -28720636.0f, -28720636.0f, -28720636.0f,
+    -28720636.0f, -28720636.0f, -28720636.0f, -28720636.0f, -28720636.0f, -28720636.0f, -28720636.0f, -28720636.0f,
 };
 
 #endif

@@ -141,9 +141,9 @@ def vectors():
 
     # Arguments of the exponential and the hyperbolic tangent are small.
     max_2x2 = {"kind": "max", "size": (2, 2), "stride": (2, 2), "pads": (0, 0, 0, 0), "out": (3, 2)}
-    for stem, dictionary in (("", 0), ("_dict8", 8), ("_dict4", 4)):
-        add("conv_pad_sigmoid_max_pool" + stem, (3, 6, 4), (3, 3), 4, pads=(1, 1, 1, 1), limit=0.5,
-            dictionary=dictionary, after=sigmoid, pooled=max_2x2)
+    for stem, channels, dictionary in (("", 3, 0), ("_dict8", 3, 8), ("_dict4", 4, 4)):
+        add("conv_pad_sigmoid_max_pool" + stem, (channels, 6, 4), (3, 3), 5, pads=(1, 1, 1, 1),
+            limit=0.5, dictionary=dictionary, after=sigmoid, pooled=max_2x2)
     add("conv_depthwise_max_pool", (5, 6, 5), (3, 2), 5, groups=5, pads=(0, 1, 0, 1),
         pooled={"kind": "max", "size": (3, 2), "stride": (3, 2), "pads": (0, 0, 0, 0),
                 "out": (2, 2)})

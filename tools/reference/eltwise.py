@@ -42,6 +42,11 @@ def vectors():
     c = operand("chain_in2", (1, 1, 4, 2))
     header.add("chain_out_reference", custom(c, custom(a, b)))
     x = operand("reduce_in", (1, 5, 3, 2))
-    header.add("reduce_sum_out_reference", x.sum(axis=2, keepdims=True))
-    header.add("reduce_min_out_reference", x.min(axis=2, keepdims=True))
+    for name, axis in (("channels", 2), ("width", 1)):
+        header.add("reduce_sum_%s_out_reference" % name, x.sum(axis=axis, keepdims=True))
+        header.add("reduce_min_%s_out_reference" % name, x.min(axis=axis, keepdims=True))
+    # From a start value of its own, which lies among the minima.
+    assert x.min(axis=1).min() < -1.25 < x.min(axis=1).max()
+    header.add("reduce_sum_from_out_reference", 0.75 + x.sum(axis=1, keepdims=True))
+    header.add("reduce_min_from_out_reference", np.minimum(-1.25, x.min(axis=1, keepdims=True)))
     return header

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""GRU layers: F = 3, U = 2; one weight set, different options."""
+"""GRU layers: F = 5, U = 2; one weight set, different options."""
 
 import recurrent
 from data import Lcg
@@ -8,8 +8,8 @@ from emit import Header
 
 def vectors():
     header = Header("gru")
-    data = Lcg(185)
-    F, U = 3, 2
+    data = Lcg(2)
+    F, U = 5, 2
     x = header.add("gru_in_data", data.exact((3, F), 2.0, 3)).astype(float)
     weights = [header.add("gru_kernel_data", data.exact((3, U, F), 1.25, 3)).astype(float),
                header.add("gru_recurrent_data", data.exact((3, U, U), 1.25, 3)).astype(float),

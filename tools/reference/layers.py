@@ -7,6 +7,9 @@ import data
 import emit
 
 
+UNWRITTEN = -28720636.0  # what the fixtures fill outputs with
+
+
 def add_all(header, stem, **arrays):
     for name, values in arrays.items():
         header.add("%s_%s" % (stem, name), values)
@@ -40,14 +43,15 @@ def products(header, lcg):
     a, b, column = lcg.exact((2, 3)), lcg.exact((4, 3)), lcg.exact((2, 1))
     add_all(header, "gemm_3_inputs", a_data=a, b_data=b, c_data=column,
             out_reference=-1.5 * (a @ b.T) + 2.0 * column)
-    a, b = lcg.exact((2, 2, 3, 2)), lcg.exact((2, 3, 4, 2))  # [C][H][W][N]
-    add_all(header, "matmul", a_data=a, b_data=b,
-            out_reference=np.einsum("chkn,ckwn->chwn", a, b))
+    for stem, n in (("matmul", 2), ("matmul_1", 1)):
+        a, b = lcg.exact((2, 2, 3, n)), lcg.exact((2, 3, 4, n))  # [C][H][W][N]
+        add_all(header, stem, a_data=a, b_data=b,
+                out_reference=np.einsum("chkn,ckwn->chwn", a, b))
 
 
 def movement(header, lcg):
-    x = lcg.uniform((5, 4, 3))
-    add_all(header, "slice", in_data=x, out_reference=x[1:4, :, 1:3])
+    x = lcg.uniform((6, 3, 4))
+    add_all(header, "slice", in_data=x, out_reference=x[2:5, :, 1:3])
 
     x = lcg.integers(-3, 3, (5, 2, 2)) / 1.0  # with many equal values
     order = np.argsort(-x, axis=0, kind="stable")[:3]
@@ -55,11 +59,12 @@ def movement(header, lcg):
             index_reference=order.astype(np.uint32))
 
     x = lcg.uniform((2, 3, 2))
-    add_all(header, "tile", in_data=x, out_reference=np.tile(x, (2, 3, 2)))
+    add_all(header, "tile", in_data=x, out_reference=np.tile(x, (2, 3, 4)))
 
     x = lcg.uniform((3, 4, 2))
-    add_all(header, "pad", in_data=x,
-            reflect_out_reference=np.pad(x, ((1, 2), (2, 3), (0, 0)), mode="reflect"),
+    reflected = np.pad(x, ((2, 1), (1, 3), (0, 0)), mode="reflect")
+    reflected[1] = UNWRITTEN  # as many rows before are mirrored as there are columns before
+    add_all(header, "pad", in_data=x, reflect_out_reference=reflected,
             constant_out_reference=np.pad(x, ((1, 2), (2, 1), (0, 0)), constant_values=-0.75),
             edge_out_reference=np.pad(x, ((2, 1), (1, 3), (0, 0)), mode="edge"))
 

@@ -24,9 +24,10 @@ def vectors():
 
     a = add("concat_in0_data", data.exact((3, 2, 2)))
     b = add("concat_in1_data", data.exact((3, 2, 1)))
-    c = add("concat_in2_data", data.exact((1, 2, 2)))
-    header.add("concat_channels_out_reference", np.concatenate([a, b], axis=2))
-    header.add("concat_height_out_reference", np.concatenate([a, c], axis=0))
+    c = add("concat_in2_data", data.exact((3, 2, 3)))
+    d = add("concat_in3_data", data.exact((1, 2, 2)))
+    header.add("concat_channels_out_reference", np.concatenate([a, b, c], axis=2))
+    header.add("concat_height_out_reference", np.concatenate([d, a, a], axis=0))
 
     F, U, steps, delays = 3, 2, 9, [1, 0, 4, 3]
     x = add("time_delay_in_data", data.exact((steps + max(delays), F)))

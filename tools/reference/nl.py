@@ -15,6 +15,7 @@ SMALL = [2.2, -0.31, 1.4, -1.05, 0.06, 0.71, -1.2, 0.5, -0.83, 1.2, -0.02, 0.44]
 POSITIVE = [0.3, 1.7, 0.24, 5.2, 0.9, 2.6, 0.51, 3.3, 1.1, 6.9, 0.17, 0.73]
 FRACTIONS = [-0.5, 0.5, 1.5, -1.5, 2.5, -2.4999998, 0.49999997, -0.75, 8388607.5, -8388608.0, 7.0,
              -8388606.5]
+UNWRITTEN = -28720636.0  # what the fixtures fill outputs with
 
 
 def positive_part(x):
@@ -110,7 +111,10 @@ def vectors():
     x = h.add("soft_max_in_data", np.array([[0.5, -1.25, 2.0], [99.0, 98.5, 100.25],
                                             [-120.5, -119.0, -121.75], [0.25, 0.25, 0.25]]))
     h.add("soft_max_out_reference", softmax(x.astype(np.float64)))
+    # Of a map two pixels wide and three high, as many pixels as it is high take part.
     x = h.add("hardmax_in_data", np.array([[-3.0, -1.5, -2.0, -1.5], [0.5, 4.0, -7.0, 4.5],
-                                           [2.0, 1.0, 2.0, -0.5]]))
-    h.add("hardmax_out_reference", first_maximum(x))
+                                           [2.0, 1.0, 2.0, -0.5], [0.25, 1.0, 0.5, -1.0],
+                                           [1.0, 2.0, 3.0, 4.0], [3.0, 1.0, 2.0, 0.5]]))
+    h.add("hardmax_out_reference",
+          np.where(np.arange(6)[:, None] < 3, first_maximum(x), UNWRITTEN))
     return h

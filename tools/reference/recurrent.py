@@ -8,6 +8,10 @@ def hard_sigmoid(x):
     return min(max(0.2 * x + 0.5, 0.0), 1.0)
 
 
+def sigmoid(x):
+    return 1 / (1 + np.exp(-x))
+
+
 def linear(x):
     return x
 
@@ -15,8 +19,9 @@ def linear(x):
 class Lstm:
     """Weights as lists of gates: i, f, c, o; peepholes: input, output, forget."""
 
-    def __init__(self, kernel, recurrent, peepholes, bias):
+    def __init__(self, kernel, recurrent, peepholes, bias, out_activation=np.tanh):
         self.weights = kernel, recurrent, peepholes, bias
+        self.out_activation = out_activation
         self.units = len(bias[0])
         self.gate_inputs = []
 
@@ -34,7 +39,7 @@ class Lstm:
             g = np.tanh(a[2] + c[u] * P[2][u])
             new_c[u] = i * g + f * c[u]
             o = self._gate(a[3] + new_c[u] * P[1][u])
-            new_h[u] = np.tanh(new_c[u]) * o
+            new_h[u] = self.out_activation(new_c[u]) * o
         return new_h, new_c
 
     def _gate(self, a):
