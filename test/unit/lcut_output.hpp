@@ -5,6 +5,12 @@
 
 #include <string>
 
+// The name that the compiler has for a file beside the source of the given name: it depends on how
+// it was called, and a compiler cache may change it.
+inline std::string file_beside(const std::string& source, const std::string& name) {
+  return source.substr(0, source.rfind('/') + 1) + name;
+}
+
 inline std::string heading(const std::string& test) {
   const std::string rule(57, '*');
   return "\r\n" + rule + "\r\n\t\x1b[32mLCUT -- Lightweight C Unit Testing framework\x1b[0m\r\n" +

@@ -7,7 +7,7 @@
 
 namespace {
 
-const std::string kFile = "test/unit/lcut_failing_program.cpp";
+const std::string kFile = file_beside(__FILE__, "lcut_failing_program.cpp");
 const std::string kLong =
     "abcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwx-50-"
     "abcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwx-104-abcdefghijklmnopqr";

@@ -11,7 +11,7 @@ void expect_run(int failing, int status, const std::string& milliseconds) {
   std::string expected =
       heading("NN library test unit") + suite("first") + passed("pass") + suite("second");
   for (int i = 0; i < failing; ++i) {
-    expected += failed("fail", "fail", 101, "test/unit/runner_failing_suites.cpp",
+    expected += failed("fail", "fail", 101, file_beside(__FILE__, "runner_failing_suites.cpp"),
                        "expected <2> : actual <3> : diff <-1>");
   }
   expected += passed("last") + summary("2", failing != 0 ? "1" : "0", std::to_string(2 + failing),
