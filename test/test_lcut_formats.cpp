@@ -59,8 +59,7 @@ void check_q(lcut_case* tc, uint32_t fmt, int32_t bits, int32_t fbits, bool is_s
 // family's.
 template <uint32_t Count>
 void check_q_name(lcut_case* tc, const char* name, uint32_t code, const uint32_t (&codes)[Count],
-                  const char* const (&names)[Count], const char* family,
-                  Site site = CALLING_SITE) {
+                  const char* const (&names)[Count], const char* family, Site site = CALLING_SITE) {
   const uint32_t* named = std::find(codes, codes + Count, code);
   lcut_str_equal(tc, named != codes + Count ? names[named - codes] : family, name, site.line,
                  site.function, site.file);

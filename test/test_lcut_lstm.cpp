@@ -22,8 +22,8 @@ void run_lstm(ai_tensor& lstm_out, bool go_backwards,
       nnlib::list(lstm_in), nnlib::list(lstm_out),
       nnlib::list(lstm_kernel, lstm_recurrent, lstm_peephole, lstm_bias));
   const ai_layer base = nnlib::layer(AI_LAYER_TYPE_LSTM, forward_lstm, lstm_layer_chain);
-  ai_layer_lstm lstm_layer = {base,           2,            ai_math_tanh, ai_math_hard_sigmoid,
-                              out_activation, go_backwards, false};
+  ai_layer_lstm lstm_layer = {
+      base, 2, ai_math_tanh, ai_math_hard_sigmoid, out_activation, go_backwards, false};
   lstm_layer.base.forward(&lstm_layer.base);
 }
 

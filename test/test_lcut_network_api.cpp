@@ -29,11 +29,36 @@ CASE(tc_types_signatures) {
   }
   LCUT_INT_EQUAL(tc, 26, valid);
   uint32_t type = 10000;
-  for (const char* name : {"", "ADD", "BN", "", "CONV2D", "DENSE", "GRU", "LRN", "LSTM", "NL",
-                           "NORM", "OPTIMIZED_CONV2D", "TRANSPOSE", "POOL", "SM", "SPLIT",
-                           "TIME_DELAY", "TIME_DISTRIBUTED", "", "CONCAT", "GEMM", "UPSAMPLE",
-                           "ELTWISE", "GENERIC", "INSTANCENORMALIZATION", "PAD", "SLICE", "TILE",
-                           "REDUCE", ""}) {
+  for (const char* name : {"",
+                           "ADD",
+                           "BN",
+                           "",
+                           "CONV2D",
+                           "DENSE",
+                           "GRU",
+                           "LRN",
+                           "LSTM",
+                           "NL",
+                           "NORM",
+                           "OPTIMIZED_CONV2D",
+                           "TRANSPOSE",
+                           "POOL",
+                           "SM",
+                           "SPLIT",
+                           "TIME_DELAY",
+                           "TIME_DISTRIBUTED",
+                           "",
+                           "CONCAT",
+                           "GEMM",
+                           "UPSAMPLE",
+                           "ELTWISE",
+                           "GENERIC",
+                           "INSTANCENORMALIZATION",
+                           "PAD",
+                           "SLICE",
+                           "TILE",
+                           "REDUCE",
+                           ""}) {
     LCUT_STR_EQUAL(tc, name, ai_layer_type_name(type));
     LCUT_STR_EQUAL(tc, "", ai_layer_type_name(0x10000 + type));
     ++type;
