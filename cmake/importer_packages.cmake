@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
-# Whether what the importer is built from is here. It is a tool for the machine that builds it.
+# NNLIB_BUILD_IMPORTER: build nnlib-import, a tool for this machine; unless given, where the packages
+# that it is built from are installed.
 set(NNLIB_IMPORTER_PACKAGES OFF)
 if(NOT CMAKE_CROSSCOMPILING)
   find_package(FlatBuffers CONFIG QUIET)
@@ -13,4 +14,7 @@ if(NOT CMAKE_CROSSCOMPILING)
      Protobuf_FOUND AND NNLIB_ONNX_INCLUDE)
     set(NNLIB_IMPORTER_PACKAGES ON)
   endif()
+endif()
+if(NOT DEFINED NNLIB_BUILD_IMPORTER)
+  set(NNLIB_BUILD_IMPORTER ${NNLIB_IMPORTER_PACKAGES})
 endif()
