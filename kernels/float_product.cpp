@@ -29,8 +29,10 @@ void product_f32(float* out, size_t out_pitch, const Rows& a, const Rows& b, siz
   NNLIB_VECTOR_IF(columns >= kWideLanes, product)({out, out_pitch, a, b, rows, columns, depth});
 }
 
-void transpose_f32(float* out, const float* in, size_t rows, size_t columns) {
-  NNLIB_VECTOR(transpose)(out, in, rows, columns);
+void vector_product_f32(float* out, const float* a, const float* b, size_t pitch, size_t columns,
+                        size_t depth) {
+  NNLIB_VECTOR_IF(columns >= kWideLanes, product_vector)
+  ({out, columns, {a, depth, 1}, {b, pitch, 1}, 1, columns, depth});
 }
 
 }  // namespace nnlib

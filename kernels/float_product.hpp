@@ -17,13 +17,15 @@ struct Rows {
 // out[i * out_pitch + j] = a(i, 0) * b(j, 0) + a(i, 1) * b(j, 1) + ..., from 0 in order of k <
 // depth, for i < rows and j < columns. out overlaps neither operand.
 //
-// Fast where b's row_pitch or k_pitch is 1. A single row (a matrix times a vector) is fastest with
-// b's row_pitch 1: transpose_f32 pays when the same matrix is used again.
+// Fast where b's row_pitch or k_pitch is 1.
 void product_f32(float* out, size_t out_pitch, const Rows& a, const Rows& b, size_t rows,
                  size_t columns, size_t depth);
 
-// out[column * rows + row] = in[row * columns + column].
-void transpose_f32(float* out, const float* in, size_t rows, size_t columns);
+// A vector times rows of weights, which are read where they lie: out[j] = a[0] * b[j * pitch] +
+// a[1] * b[j * pitch + 1] + ..., from 0 in order, of `depth` products, for j < columns. out
+// overlaps neither operand.
+void vector_product_f32(float* out, const float* a, const float* b, size_t pitch, size_t columns,
+                        size_t depth);
 
 }  // namespace nnlib
 

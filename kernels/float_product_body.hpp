@@ -189,11 +189,9 @@ void product_row(const Product& p) {
   }
 }
 
-inline void product(const Product& p) {
-  const bool contiguous = p.a.k_pitch == 1 && p.b.k_pitch == 1;
-  if (p.rows != 1 || (kPacks && p.b.row_pitch != 1 && !contiguous)) {
-    product_tiles(p);
-  } else if (p.columns < kLanes) {
+// One row of a; with vectors, b's row_pitch is 1 or both are contiguous.
+inline void product_vector(const Product& p) {
+  if (p.columns < kLanes) {
     row_columns_scalar(p);
   } else if (kPacks && p.b.row_pitch != 1) {
     product_row<true, 2>(p);
@@ -202,34 +200,11 @@ inline void product(const Product& p) {
   }
 }
 
-// Blocks of kLanes rows and four columns in registers.
-inline void transpose(float* out, const float* in, size_t rows, size_t columns) {
-  size_t row = 0;
-#if NNLIB_LANES > 1
-  for (; row + kLanes <= rows; row += kLanes) {
-    size_t column = 0;
-    for (; column + 4 <= columns; column += 4) {
-      Vec quads[4];
-      NNLIB_UNROLL
-      for (size_t i = 0; i < 4; ++i) {
-        quads[i] = load_quads(in + row * columns + column, columns, i);
-      }
-      transpose_quads(quads);
-      NNLIB_UNROLL
-      for (size_t i = 0; i < 4; ++i) {
-        store(out + (column + i) * rows + row, quads[i]);
-      }
-    }
-    for (; column < columns; ++column) {
-      for (size_t lane = 0; lane < kLanes; ++lane) {
-        out[column * rows + row + lane] = in[(row + lane) * columns + column];
-      }
-    }
-  }
-#endif
-  for (; row < rows; ++row) {
-    for (size_t column = 0; column < columns; ++column) {
-      out[column * rows + row] = in[row * columns + column];
-    }
+inline void product(const Product& p) {
+  const bool contiguous = p.a.k_pitch == 1 && p.b.k_pitch == 1;
+  if (p.rows != 1 || (kPacks && p.b.row_pitch != 1 && !contiguous)) {
+    product_tiles(p);
+  } else {
+    product_vector(p);
   }
 }

@@ -2,7 +2,6 @@
 #include "layers/layers_rnn_generic_float.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 #include "core/core_mem_manager.h"
@@ -14,105 +13,10 @@ namespace {
 
 using namespace nnlib;
 
-// Blocks of weight rows times a vector, seen unit by unit: gates() gives the results of one unit
-// for consecutive gates. Each is a sum from 0 in index order.
-template <uint32_t Gates>
-using GateSums = std::array<float, Gates>;
+constexpr bool kHasVectors = NNLIB_VECTOR_LANES > 1;
 
-// Reads the rows where they are, when a unit asks for its sums.
-class RowProduct {
- public:
-  RowProduct(const float* rows, uint32_t /*gates*/, uint32_t units, uint32_t length,
-             float*& /*heap*/)
-      : rows_(rows), units_(units), length_(length) {}
-
-  static constexpr size_t alignment() { return alignof(float); }
-  static size_t heap_floats(size_t /*rows*/, uint32_t /*length*/) { return 0; }
-
-  void multiply(const float* x) { x_ = x; }
-
-  template <uint32_t Gates>
-  GateSums<Gates> gates(uint32_t unit, uint32_t first = 0) const {
-    const size_t gate_pitch = size_t{units_} * length_;
-    const float* row = rows_ + first * gate_pitch + size_t{unit} * length_;
-    GateSums<Gates> sums = {};
-    for (uint32_t k = 0; k < length_; ++k) {
-      for (uint32_t g = 0; g < Gates; ++g) {
-        sums[g] += row[g * gate_pitch + k] * x_[k];
-      }
-    }
-    return sums;
-  }
-
- private:
-  const float* rows_;
-  const float* x_ = nullptr;
-  uint32_t units_;
-  uint32_t length_;
-};
-
-// Transposes the rows once into the heap block, then computes the sums of all units side by side.
-class TransposedProduct {
- public:
-  TransposedProduct(const float* rows, uint32_t gates, uint32_t units, uint32_t length,
-                    float*& heap)
-      : columns_(heap), rows_(size_t{gates} * units), units_(units), length_(length) {
-    transpose_f32(columns_, rows, rows_, length_);
-    heap += heap_floats(rows_, length);
-  }
-
-  static constexpr size_t alignment() { return 64; }  // a cache line
-  static size_t heap_floats(size_t rows, uint32_t length) { return rows * length + rows; }
-
-  void multiply(const float* x) {
-    product_f32(sums(), rows_, {x, length_, 1}, {columns_, 1, rows_}, 1, rows_, length_);
-  }
-
-  template <uint32_t Gates>
-  GateSums<Gates> gates(uint32_t unit, uint32_t first = 0) const {
-    GateSums<Gates> unit_sums;
-    for (uint32_t g = 0; g < Gates; ++g) {
-      unit_sums[g] = sums()[size_t{first + g} * units_ + unit];
-    }
-    return unit_sums;
-  }
-
- private:
-  float* sums() const { return columns_ + rows_ * length_; }
-
-  float* columns_;
-  size_t rows_;
-  uint32_t units_;
-  uint32_t length_;
-};
-
-// The products of one cell: of every gate's kernel with the input and recurrent weights with the
-// previous output, but for the last Cell::kLateGates gates, whose recurrent weights wait for a
-// vector that the step makes.
-template <class Cell, class Product>
-struct CellProducts {
-  Product input;
-  Product recurrent;
-  Product late;
-
-  static constexpr uint32_t kEarlyGates = Cell::kGates - Cell::kLateGates;
-
-  CellProducts(const ai_rnn_cell_state& s, float* heap)
-      : input(s.kernel, Cell::kGates, s.n_units, s.n_features, heap),
-        recurrent(s.recurrent, kEarlyGates, s.n_units, s.n_units, heap),
-        late(s.recurrent + size_t{kEarlyGates} * s.n_units * s.n_units, Cell::kLateGates, s.n_units,
-             s.n_units, heap) {}
-
-  static size_t heap_floats(uint32_t features, uint32_t units) {
-    return Product::heap_floats(size_t{Cell::kGates} * units, features) +
-           Product::heap_floats(size_t{kEarlyGates} * units, units) +
-           Product::heap_floats(size_t{Cell::kLateGates} * units, units);
-  }
-};
-
-// Gates are worked out for some units at a time, activation by activation: a processor then
-// overlaps the calls, which wait for each other within one unit.
-constexpr uint32_t kBlockUnits = 16;
+// Gates are worked out for some units at a time: their sums and activations rest on the stack.
+constexpr uint32_t kBlockUnits = kHasVectors ? 64 : 8;
 using UnitBlock = float[kBlockUnits];
 
 template <class Function>
@@ -128,10 +32,38 @@ void activate(ai_activation_fn activation, float* values, uint32_t count) {
   }
 }
 
+// One step's input.
+struct StepInput {
+  const float* x;     // F features
+  const float* sums;  // W.x of every gate and unit, when they have been made already, or null
+};
+
+// Units `first` to `first + count - 1` of a gate.
+struct GateUnits {
+  uint32_t gate, first, count;
+
+  size_t row(const ai_rnn_cell_state& s) const { return size_t{gate} * s.n_units + first; }
+};
+
+// R.h, or R times what stands for h.
+void recurrent_sums(float* sums, const ai_rnn_cell_state& s, const float* h, GateUnits of) {
+  vector_product_f32(sums, h, s.recurrent + of.row(s) * s.n_units, s.n_units, of.count, s.n_units);
+}
+
+// W.x; made in `buffer` when they are not there.
+const float* input_sums(UnitBlock& buffer, const ai_rnn_cell_state& s, const StepInput& in,
+                        GateUnits of) {
+  if (in.sums != nullptr) {
+    return in.sums + of.row(s);
+  }
+  vector_product_f32(buffer, in.x, s.kernel + of.row(s) * s.n_features, s.n_features, of.count,
+                     s.n_features);
+  return buffer;
+}
+
 struct LstmCell {
   using Layer = ai_layer_lstm;
   enum Gate : uint32_t { kInput, kForget, kCandidate, kOutput, kGates };
-  static constexpr uint32_t kLateGates = 0;
   static constexpr uint32_t kStates = 3;  // of U floats
   static constexpr uint32_t kBiasTensor = 3;
 
@@ -144,17 +76,23 @@ struct LstmCell {
     s.out_activation = layer.out_activation;
   }
 
-  template <class Products>
-  static void step(const float* x, ai_rnn_cell_state& s, Products& products) {
-    products.input.multiply(x);
-    products.recurrent.multiply(s.h_prev);
+  static void step(const StepInput& in, ai_rnn_cell_state& s) {
     for_unit_blocks(s.n_units,
-                    [&](uint32_t first, uint32_t count) { step_block(s, products, first, count); });
+                    [&](uint32_t first, uint32_t count) { step_block(in, s, first, count); });
     std::swap(s.h_prev, s.h_next);
   }
 
-  template <class Products>
-  static void step_block(ai_rnn_cell_state& s, const Products& products, uint32_t first,
+  // R.h + W.x
+  static void sums(UnitBlock& sums, const ai_rnn_cell_state& s, const StepInput& in, GateUnits of) {
+    UnitBlock buffer;
+    recurrent_sums(sums, s, s.h_prev, of);
+    const float* wx = input_sums(buffer, s, in, of);
+    for (uint32_t u = 0; u < of.count; ++u) {
+      sums[u] += wx[u];
+    }
+  }
+
+  static void step_block(const StepInput& in, ai_rnn_cell_state& s, uint32_t first,
                          uint32_t count) {
     const uint32_t units = s.n_units;
     const float* bias = s.bias + first;
@@ -163,17 +101,15 @@ struct LstmCell {
     const float* forget_peephole = output_peephole + units;
     float* c = s.c + first;
     float* h = s.h_next + first;
-    UnitBlock i, f, g, o;
+    UnitBlock gates[kGates];
+    for (uint32_t gate = 0; gate < kGates; ++gate) {
+      sums(gates[gate], s, in, {gate, first, count});
+    }
+    auto& [i, f, g, o] = gates;
     for (uint32_t u = 0; u < count; ++u) {
-      const auto wx = products.input.template gates<kGates>(first + u);
-      const auto rh = products.recurrent.template gates<kGates>(first + u);
-      const auto sum = [&](Gate gate, const float* peephole) {
-        return (c[u] * peephole[u] + bias[gate * units + u]) + (rh[gate] + wx[gate]);
-      };
-      i[u] = sum(kInput, input_peephole);
-      f[u] = sum(kForget, forget_peephole);
-      g[u] = sum(kCandidate, forget_peephole);
-      o[u] = rh[kOutput] + wx[kOutput];
+      i[u] = (c[u] * input_peephole[u] + bias[kInput * units + u]) + i[u];
+      f[u] = (c[u] * forget_peephole[u] + bias[kForget * units + u]) + f[u];
+      g[u] = (c[u] * forget_peephole[u] + bias[kCandidate * units + u]) + g[u];
     }
     activate(s.recurrent_activation, i, count);
     activate(s.recurrent_activation, f, count);
@@ -197,32 +133,29 @@ struct GruCell {
   enum Gate : uint32_t { kUpdate, kReset, kCandidate, kGates };
   static constexpr uint32_t kBiasTensor = 2;
 
-  template <class Products>
-  static void update_and_reset(const ai_rnn_cell_state& s, const Products& products, uint32_t first,
-                               uint32_t count, float* r) {
-    const uint32_t units = s.n_units;
-    const float* bias = s.bias + first;
-    float* z = s.h_next + first;
-    for (uint32_t u = 0; u < count; ++u) {
-      const auto wx = products.input.template gates<2>(first + u);
-      const auto rh = products.recurrent.template gates<2>(first + u);
-      z[u] = rh[kUpdate] + bias[kUpdate * units + u] + wx[kUpdate];
-      r[u] = rh[kReset] + bias[kReset * units + u] + wx[kReset];
+  // sums + B + W.x, from left to right
+  static void add_input(float* sums, const ai_rnn_cell_state& s, const StepInput& in,
+                        GateUnits of) {
+    UnitBlock buffer;
+    const float* wx = input_sums(buffer, s, in, of);
+    const float* bias = s.bias + of.row(s);
+    for (uint32_t u = 0; u < of.count; ++u) {
+      sums[u] = sums[u] + bias[u] + wx[u];
     }
-    activate(s.recurrent_activation, z, count);
-    activate(s.recurrent_activation, r, count);
+  }
+
+  static void gate(float* out, const ai_rnn_cell_state& s, const StepInput& in, GateUnits of) {
+    recurrent_sums(out, s, s.h_prev, of);
+    add_input(out, s, in, of);
+    activate(s.recurrent_activation, out, of.count);
   }
 
   // n holds the candidate's recurrent term.
-  template <class Products>
-  static void output(const ai_rnn_cell_state& s, const Products& products, uint32_t first,
-                     uint32_t count, UnitBlock& n) {
-    const float* bias = s.bias + size_t{kCandidate} * s.n_units + first;
+  static void output(const ai_rnn_cell_state& s, const StepInput& in, UnitBlock& n, uint32_t first,
+                     uint32_t count) {
     const float* h = s.h_prev + first;
     float* z = s.h_next + first;
-    for (uint32_t u = 0; u < count; ++u) {
-      n[u] = n[u] + bias[u] + products.input.template gates<1>(first + u, kCandidate)[0];
-    }
+    add_input(n, s, in, {kCandidate, first, count});
     activate(s.activation, n, count);
     for (uint32_t u = 0; u < count; ++u) {
       z[u] = n[u] * (1.0f - z[u]) + h[u] * z[u];
@@ -231,73 +164,96 @@ struct GruCell {
 };
 
 struct GruCellBefore : GruCell {
-  static constexpr uint32_t kLateGates = 1;
   static constexpr uint32_t kStates = 3;
 
   static void set_up(const Layer&, float* third_state, ai_rnn_cell_state& s) { s.rh = third_state; }
 
-  template <class Products>
-  static void step(const float* x, ai_rnn_cell_state& s, Products& products) {
-    products.input.multiply(x);
-    products.recurrent.multiply(s.h_prev);
-    update_and_reset(s, products, 0, s.n_units, s.rh);
-    for (uint32_t u = 0; u < s.n_units; ++u) {
-      s.rh[u] = s.rh[u] * s.h_prev[u];
-    }
-    products.late.multiply(s.rh);
+  static void step(const StepInput& in, ai_rnn_cell_state& s) {
+    for_unit_blocks(s.n_units, [&](uint32_t first, uint32_t count) {
+      gate(s.h_next + first, s, in, {kUpdate, first, count});
+      gate(s.rh + first, s, in, {kReset, first, count});
+      for (uint32_t u = first; u < first + count; ++u) {
+        s.rh[u] = s.rh[u] * s.h_prev[u];
+      }
+    });
     for_unit_blocks(s.n_units, [&](uint32_t first, uint32_t count) {
       UnitBlock n;
-      for (uint32_t u = 0; u < count; ++u) {
-        n[u] = products.late.template gates<1>(first + u)[0];
-      }
-      output(s, products, first, count, n);
+      recurrent_sums(n, s, s.rh, {kCandidate, first, count});
+      output(s, in, n, first, count);
     });
     std::swap(s.h_prev, s.h_next);
   }
 };
 
 struct GruCellAfter : GruCell {
-  static constexpr uint32_t kLateGates = 0;
   static constexpr uint32_t kStates = 2;
 
   static void set_up(const Layer&, float*, ai_rnn_cell_state&) {}
 
-  template <class Products>
-  static void step(const float* x, ai_rnn_cell_state& s, Products& products) {
-    products.input.multiply(x);
-    products.recurrent.multiply(s.h_prev);
+  static void step(const StepInput& in, ai_rnn_cell_state& s) {
     for_unit_blocks(s.n_units, [&](uint32_t first, uint32_t count) {
       UnitBlock r, n;
-      update_and_reset(s, products, first, count, r);
+      gate(s.h_next + first, s, in, {kUpdate, first, count});
+      gate(r, s, in, {kReset, first, count});
+      recurrent_sums(n, s, s.h_prev, {kCandidate, first, count});
       for (uint32_t u = 0; u < count; ++u) {
-        n[u] = r[u] * products.recurrent.template gates<1>(first + u, kCandidate)[0];
+        n[u] = r[u] * n[u];
       }
-      output(s, products, first, count, n);
+      output(s, in, n, first, count);
     });
     std::swap(s.h_prev, s.h_next);
   }
 };
 
-// What is fastest from the second step on: a single step reads each weight once, as would its
-// transposition.
-#if NNLIB_VECTOR_LANES > 1
-using SequenceProduct = TransposedProduct;
-#else
-using SequenceProduct = RowProduct;
-#endif
+// W.x of some steps at once, where there are vectors: a matrix product takes a fraction of the time
+// that single ones do, which turn their weights in registers again for each.
+class InputsAhead {
+ public:
+  InputsAhead(const ai_rnn_cell_state& s, const float* in, size_t gates, uint32_t steps,
+              bool backwards)
+      : kernel_(s.kernel),
+        in_(in),
+        features_(s.n_features),
+        rows_(gates * s.n_units),
+        most_(rows_ == 0 ? 0 : static_cast<uint32_t>(kFloats / rows_)),
+        steps_(steps),
+        backwards_(backwards) {}
 
-template <class Cell, class Product>
-size_t heap_size(uint32_t features, uint32_t units) {
-  const size_t floats =
-      size_t{Cell::kStates} * units + CellProducts<Cell, Product>::heap_floats(features, units);
-  return floats * sizeof(float) + (Product::alignment() - alignof(float));
-}
+  // Of step t and of those that follow it.
+  StepInput at(uint32_t t) {
+    const float* x = in_ + t * features_;
+    if constexpr (kHasVectors) {
+      if (most_ > 1 && steps_ > 1) {
+        if (t - first_ >= count_) {
+          make(t);
+        }
+        return {x, sums_ + (t - first_) * rows_};
+      }
+    }
+    return {x, nullptr};
+  }
 
-template <size_t Alignment>
-float* aligned(float* p) {
-  const size_t past = reinterpret_cast<uintptr_t>(p) % Alignment;
-  return past == 0 ? p : p + (Alignment - past) / sizeof(float);
-}
+ private:
+  static constexpr size_t kFloats = kHasVectors ? 2048 : 1;
+
+  void make(uint32_t t) {
+    count_ = std::min(most_, backwards_ ? t + 1 : steps_ - t);
+    first_ = backwards_ ? t + 1 - count_ : t;
+    product_f32(sums_, rows_, {in_ + first_ * features_, features_, 1}, {kernel_, features_, 1},
+                count_, rows_, features_);
+  }
+
+  const float* kernel_;
+  const float* in_;
+  size_t features_;
+  size_t rows_;
+  uint32_t most_;  // steps that fit
+  uint32_t steps_;
+  bool backwards_;
+  uint32_t first_ = 0;
+  uint32_t count_ = 0;
+  float sums_[kFloats];
+};
 
 ai_activation_fn or_identity(ai_activation_fn activation) {
   return activation != nullptr ? activation : func_dummy;
@@ -322,18 +278,18 @@ ai_rnn_cell_state start(const typename Cell::Layer& layer, uint16_t features, fl
   return s;
 }
 
-template <class Cell, class Product>
-void run_steps(const typename Cell::Layer& layer, uint32_t features, float* heap) {
+template <class Cell>
+void run_steps(const typename Cell::Layer& layer, float* heap) {
   const float* in = tensor_data<const float>(layer_input(layer.base));
   float* out = tensor_data<float>(layer_output(layer.base));
-  const uint32_t steps = map_dims(layer_input(layer.base)).height;
+  const MapDims dims = map_dims(layer_input(layer.base));
+  const uint32_t steps = dims.height;
   const bool sequence = map_dims(layer_output(layer.base)).height >= 2;
-  ai_rnn_cell_state s = start<Cell>(layer, static_cast<uint16_t>(features), heap);
-  CellProducts<Cell, Product> products(
-      s, aligned<Product::alignment()>(heap + size_t{Cell::kStates} * s.n_units));
+  const bool backwards = layer.go_backwards != 0;
+  ai_rnn_cell_state s = start<Cell>(layer, static_cast<uint16_t>(dims.channels), heap);
+  InputsAhead inputs(s, in, Cell::kGates, steps, backwards);
   for (uint32_t i = 0; i < steps; ++i) {
-    const uint32_t t = layer.go_backwards != 0 ? steps - 1 - i : i;
-    Cell::step(in + size_t{t} * s.n_features, s, products);
+    Cell::step(inputs.at(backwards ? steps - 1 - i : i), s);
     if (sequence) {
       const uint32_t slot = layer.reverse != 0 ? steps - 1 - i : i;
       std::copy_n(s.h_prev, s.n_units, out + size_t{slot} * s.n_units);
@@ -344,45 +300,28 @@ void run_steps(const typename Cell::Layer& layer, uint32_t features, float* heap
   }
 }
 
-// False when there is no heap for it.
-template <class Cell, class Product>
-bool forward_with(const typename Cell::Layer& layer, uint32_t features) {
-  void* heap = core_mem_alloc(heap_size<Cell, Product>(features, layer.n_units));
-  if (heap == nullptr) {
-    return false;
-  }
-  run_steps<Cell, Product>(layer, features, static_cast<float*>(heap));
-  core_mem_free(heap);
-  return true;
-}
-
 template <class Cell>
 void forward(ai_layer* base) {
   const auto& layer = layer_record<typename Cell::Layer>(base);
-  const MapDims in = map_dims(layer_input(*base));
-  if (in.height < 2 || !forward_with<Cell, SequenceProduct>(layer, in.channels)) {
-    forward_with<Cell, RowProduct>(layer, in.channels);
+  void* heap = core_mem_alloc(size_t{Cell::kStates} * layer.n_units * sizeof(float));
+  if (heap != nullptr) {
+    run_steps<Cell>(layer, static_cast<float*>(heap));
+    core_mem_free(heap);
   }
-}
-
-template <class Cell>
-void step_on_rows(const float* x, ai_rnn_cell_state* s) {
-  CellProducts<Cell, RowProduct> products(*s, nullptr);
-  Cell::step(x, *s, products);
 }
 
 }  // namespace
 
 void lstm_cell(const float* x, ai_rnn_cell_state* s) {
-  step_on_rows<LstmCell>(x, s);
+  LstmCell::step({x, nullptr}, *s);
 }
 
 void gru_cell_before(const float* x, ai_rnn_cell_state* s) {
-  step_on_rows<GruCellBefore>(x, s);
+  GruCellBefore::step({x, nullptr}, *s);
 }
 
 void gru_cell_after(const float* x, ai_rnn_cell_state* s) {
-  step_on_rows<GruCellAfter>(x, s);
+  GruCellAfter::step({x, nullptr}, *s);
 }
 
 void forward_lstm(ai_layer* layer) {
@@ -399,13 +338,4 @@ void forward_gru(ai_layer* layer) {
 
 void _forward_gru_after(ai_layer* layer) {
   forward<GruCellAfter>(layer);
-}
-
-size_t ai_lstm_heap_size(uint32_t n_features, uint32_t n_units) {
-  return heap_size<LstmCell, SequenceProduct>(n_features, n_units);
-}
-
-size_t ai_gru_heap_size(uint32_t n_features, uint32_t n_units, bool reset_after) {
-  return reset_after ? heap_size<GruCellAfter, SequenceProduct>(n_features, n_units)
-                     : heap_size<GruCellBefore, SequenceProduct>(n_features, n_units);
 }

@@ -18,16 +18,12 @@
  * Every product W.x and R.h is a float sum from 0 in index order, so that results are the same
  * bits with and without vectors. All states start at zero on every call.
  *
- * A forward call takes one block from core_mem_alloc and gives it back. The states suffice, 3 U
- * floats (2 U floats for a GRU with reset_after), and are all that a single step takes. For more
- * steps, a target with vectors asks first for a larger block (ai_lstm_heap_size,
- * ai_gru_heap_size); refused, it makes do with the states, slower. Without heap for these the call
- * returns with the output as it was. A missing list or weight tensor faults; nothing else is
- * checked. */
+ * A forward call takes one block from core_mem_alloc and gives it back: 3 U floats, 2 U floats for
+ * a GRU with reset_after, whatever the target and the number of steps. Without it the call returns
+ * with the output as it was. A missing list or weight tensor faults; nothing else is checked. */
 #ifndef NNLIB_LAYERS_LAYERS_RNN_GENERIC_FLOAT_H
 #define NNLIB_LAYERS_LAYERS_RNN_GENERIC_FLOAT_H
 
-#include <stdbool.h>
 #include <stddef.h>
 #include <stdint.h>
 
@@ -96,12 +92,6 @@ void forward_gru(ai_layer* layer);  /* ai_layer_gru */
 
 /* What forward_gru calls when reset_after is set; not to be installed in a layer. */
 void _forward_gru_after(ai_layer* layer);
-
-/* Bytes that a forward call takes from core_mem_alloc at most: on a target with vectors, the states
- * and a transposed copy of the kernel and recurrent weights; otherwise the states alone. What
- * suffices anywhere are the states: 12 U bytes for an LSTM and a GRU, 8 U with reset_after. */
-size_t ai_lstm_heap_size(uint32_t n_features, uint32_t n_units);
-size_t ai_gru_heap_size(uint32_t n_features, uint32_t n_units, bool reset_after);
 
 #ifdef __cplusplus
 }
