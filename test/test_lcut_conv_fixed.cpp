@@ -133,14 +133,14 @@ CASE(tc_conv2D_1x1_neg_conformance) {
 }
 
 CASE(tc_conv2D_2x2_conformance_q7) {
-  constexpr Shape shape = {.in = {5, 4},
+  constexpr Shape shape = {.in = {5, 5},
                            .in_channels = 3,
                            .kernel = {2, 2},
-                           .out_channels = 3,
-                           .out = {3, 2},
+                           .out_channels = 4,
+                           .out = {3, 3},
                            .stride = {2, 2},
-                           .pad = {0, 1, 0, 0}};
-  static constinit PlainConvolution<int8_t, 18> conv2x2(
+                           .pad = {1, 1, 1, 1}};
+  static constinit PlainConvolution<int8_t, 36> conv2x2(
       shape, {4, 5, 2, 1}, conv2x2_q7_in_data, conv2x2_q7_weight_data, conv2x2_q7_bias_data);
   check_fixed_layer<int8_t>(tc, conv2x2.layer.base, conv2x2_q7_out_reference, kQ7ConvTolerance);
 }
@@ -202,7 +202,7 @@ CASE(tc_conv2D_pad_avg_pooling_conformance) {
 
 CASE(tc_conv2D_avg_pool_relu_conformance) {
   constexpr Shape shape = {
-      .in = {6, 9}, .in_channels = 3, .kernel = {3, 2}, .out_channels = 2, .out = {4, 8}};
+      .in = {6, 9}, .in_channels = 4, .kernel = {3, 2}, .out_channels = 2, .out = {4, 8}};
   static constinit PooledConvolution<int8_t, 16, 24> conv_relu(
       shape, {4, 5, 3, 0}, {.size = {2, 3}, .stride = {2, 2}, .out = {2, 4}, .pad = {1, 0, 0, 0}},
       nl_func_relu_array_fixed, pool_func_ap_array_fixed, conv_avg_pool_relu_in_data,

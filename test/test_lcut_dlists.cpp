@@ -83,6 +83,10 @@ CASE(tc_ai_dlist_extended_checks) {
   check_list(tc, l.a, {0, 1, 2, 4, 3});
   ai_dlist_splice_back(&l.b, &l.a);  // into an empty list
   check_list(tc, l.b, {0, 1, 2, 4, 3});
+  ai_dlist_move_front(&l.a, l.node(3));
+  ai_dlist_splice_back(&l.b, &l.a);  // one node
+  check_list(tc, l.b, {0, 1, 2, 4, 3});
+  check_list(tc, l.a, {});
   int32_t order = 0;
   AI_DLIST_FOR_EACH(node, &l.b) {
     order = order * 10 + AI_DLIST_ENTRY(node, Item, node)->value;

@@ -6,18 +6,19 @@
 
 namespace {
 
-// A nonlinearity of Count elements; its input and output have the given fractional bits.
+// A nonlinearity of a map of three by two pixels; its input and output have the given fractional
+// bits.
 template <class T, size_t Count>
 struct Nonlinearity {
   constexpr Nonlinearity(ai_layer_forward forward, const T (&in_data)[Count], int in_fraction_bits,
                          int out_fraction_bits, const ai_array* params = nullptr)
-      : in(fixed_format<T>(in_fraction_bits), {1, Count, 1, 1}, in_data),
+      : in(fixed_format<T>(in_fraction_bits), {1, Count / 6, 3, 2}, in_data),
         out(fixed_format<T>(out_fraction_bits)),
         layer_chain(nnlib::list(in), nnlib::list(out)),
         layer{nnlib::layer(AI_LAYER_TYPE_NL, forward, layer_chain), params} {}
 
   nnlib::tensor in;
-  output_tensor<T, 1, Count, 1, 1> out;
+  output_tensor<T, 1, Count / 6, 3, 2> out;
   nnlib::layer_chain<1, 1> layer_chain;
   ai_layer_nl layer;
 };

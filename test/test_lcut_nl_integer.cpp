@@ -6,17 +6,16 @@
 
 namespace {
 
-// A nonlinearity over the data of a stem.
-#define CHECK_NL(stem, format, forward)                                                \
-  constexpr uint32_t count = sizeof(stem##_in_data_##format);                          \
-  static constinit nnlib::tensor stem##_in({1, count, 1, 1}, stem##_in_data_##format); \
-  static constinit output_tensor<format##_t, 1, count, 1, 1> stem##_out;               \
-  static constinit nnlib::tensor stem##_nl({1, sizeof(stem##_params_##format), 1, 1},  \
-                                           stem##_params_##format);                    \
-  static constinit nnlib::layer_chain stem##_layer_chain(nnlib::list(stem##_in),       \
-                                                         nnlib::list(stem##_out));     \
-  static constinit ai_layer_nl stem##_layer = {                                        \
-      nnlib::layer(AI_LAYER_TYPE_NL, forward, stem##_layer_chain), &stem##_nl.array};  \
+// A nonlinearity over the data of a stem, a map of four channels and three by two pixels.
+#define CHECK_NL(stem, format, forward)                                               \
+  static constinit nnlib::tensor stem##_in({1, 4, 3, 2}, stem##_in_data_##format);    \
+  static constinit output_tensor<format##_t, 1, 4, 3, 2> stem##_out;                  \
+  static constinit nnlib::tensor stem##_nl({1, sizeof(stem##_params_##format), 1, 1}, \
+                                           stem##_params_##format);                   \
+  static constinit nnlib::layer_chain stem##_layer_chain(nnlib::list(stem##_in),      \
+                                                         nnlib::list(stem##_out));    \
+  static constinit ai_layer_nl stem##_layer = {                                       \
+      nnlib::layer(AI_LAYER_TYPE_NL, forward, stem##_layer_chain), &stem##_nl.array}; \
   check_exact_layer(tc, stem##_layer, stem##_out_reference_##format)
 
 CASE(tc_tanh_conformance_uint8) {

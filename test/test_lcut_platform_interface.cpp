@@ -45,6 +45,8 @@ CASE(tc_shape_2d) {
   check_equal(tc, {0x400, 24, 24, 0, 0},
               {map.shape.type_size, ai_shape_elements(&map.shape), ai_tensor_size(&map),
                ai_tensor_dim(&map, 4), ai_tensor_dim(nullptr, 0)});
+  constexpr ai_shape empty = {AI_DIMS_WORD(AI_SHAPE_TYPE, 0), nullptr};
+  LCUT_INT_EQUAL(tc, 1, ai_shape_elements(&empty));
 }
 
 CASE(tc_stride_2d) {
@@ -66,6 +68,18 @@ CASE(tc_shape_nd) {
   check_equal(tc, {AI_DIMS_WORD(0x55, 4), kernels.flags}, {clone.shape.type_size, clone.flags});
   LCUT_TRUE(tc, clone.shape.data != kernels.shape.data && clone.data == &kernels.array);
   LCUT_TRUE(tc, clone.klass == &intq);
+  // Of two dimensions and of none: the values behind stay.
+  static constinit nnlib::tensor map(AI_ARRAY_FORMAT_Q7, kMap, nullptr);
+  for (const uint32_t dimensions : {2u, 0u}) {
+    map.shape.type_size = AI_DIMS_WORD(AI_SHAPE_TYPE, dimensions);
+    map.stride.type_size = AI_DIMS_WORD(AI_STRIDE_TYPE, dimensions);
+    core_tensor_clone(&clone, &map);
+    check_equal(tc, {AI_DIMS_WORD(0x55, dimensions), AI_DIMS_WORD(AI_STRIDE_TYPE, dimensions)},
+                {clone.shape.type_size, clone.stride.type_size});
+    check_equal(
+        tc, {1, 1, 5, 7},
+        {clone.shape.data[0], clone.shape.data[1], clone.shape.data[2], clone.shape.data[3]});
+  }
 }
 
 CASE(tc_stride_nd) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Fixed-point softmax of a map of two pixels.
+// Fixed-point softmax of a map of five channels, width 2 and height 3.
 #include "layers_quantized/layers_sm_quarn_fixed.h"
 #include "test/fixed_fixture.hpp"
 #include "test/reference/sm_fixed.h"
@@ -8,14 +8,14 @@ namespace {
 
 template <class T>
 struct Softmax {
-  constexpr Softmax(const T (&in_data)[10], int fraction_bits)
-      : in(fixed_format<T>(fraction_bits), {1, 5, 2, 1}, in_data),
+  constexpr Softmax(const T (&in_data)[30], int fraction_bits)
+      : in(fixed_format<T>(fraction_bits), {1, 5, 2, 3}, in_data),
         out(fixed_format<T>(8 * sizeof(T) - 1)),
         layer_chain(nnlib::list(in), nnlib::list(out)),
         layer(nnlib::layer(AI_LAYER_TYPE_SM, forward_sm_fixed, layer_chain)) {}
 
   nnlib::tensor in;
-  output_tensor<T, 1, 5, 2, 1> out;
+  output_tensor<T, 1, 5, 2, 3> out;
   nnlib::layer_chain<1, 1> layer_chain;
   ai_layer layer;
 };

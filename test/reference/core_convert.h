@@ -27,25 +27,25 @@ inline constexpr int8_t float_to_int8_out_reference[] = {
     1, -2, -73, 127, -128,
 };
 inline constexpr uint8_t uint8_to_float_in_data[] = {
-    0u, 255u, 119u, 38u,
+    0u, 255u, 151u, 38u,
 };
 inline constexpr float uint8_to_float_scale[] = {
     0.0173000004f,
 };
 inline constexpr uint8_t uint8_zeropoint[] = {
-    119u,
+    151u,
 };
 inline constexpr float uint8_to_float_out_reference[] = {
-    -2.05870008f, 2.35280013f, 0.0f, -1.40130007f,
+    -2.61230016f, 1.79920006f, 0.0f, -1.95490003f,
 };
 inline constexpr float float_to_uint8_in_data[] = {
-    0.125f, -0.125f, -30.375f, 35.25f, 3.0625f,
+    0.125f, -0.125f, -38.375f, 26.25f, 3.0625f,
 };
 inline constexpr float float_to_uint8_scale[] = {
     0.25f,
 };
 inline constexpr uint8_t float_to_uint8_out_reference[] = {
-    120u, 119u, 0u, 255u, 131u,
+    152u, 151u, 0u, 255u, 163u,
 };
 inline constexpr float float_to_q2_5_in_data[] = {
     1.23399997f, -0.046875f, 0.046875f, 4.0f,

@@ -5,6 +5,12 @@
 
 #include <cstdint>
 
+inline constexpr const char* layer_type_names[] = {
+    "", "ADD", "BN", "", "CONV2D", "DENSE", "GRU", "LRN",
+    "LSTM", "NL", "NORM", "OPTIMIZED_CONV2D", "TRANSPOSE", "POOL", "SM", "SPLIT",
+    "TIME_DELAY", "TIME_DISTRIBUTED", "", "CONCAT", "GEMM", "UPSAMPLE", "ELTWISE", "GENERIC",
+    "INSTANCENORMALIZATION", "PAD", "SLICE", "TILE", "REDUCE", "",
+};
 inline constexpr float net_in_data[] = {
     -1.3125f, 1.125f, 2.0f,
 };

@@ -6,48 +6,48 @@
 #include <cstdint>
 
 inline constexpr uint8_t relu6_in_data_uint8[] = {
-    0u, 255u, 127u, 128u, 199u, 144u, 47u, 76u,
-    23u, 240u, 145u, 236u, 230u, 142u, 97u, 153u,
-    38u, 72u, 30u, 31u, 32u, 210u, 211u, 212u,
+    0u, 255u, 127u, 128u, 30u, 31u, 32u, 210u,
+    211u, 212u, 199u, 144u, 47u, 76u, 23u, 240u,
+    145u, 236u, 230u, 142u, 97u, 153u, 38u, 72u,
 };
 inline constexpr uint8_t relu6_params_uint8[] = {
     31u, 211u,
 };
 inline constexpr uint8_t relu6_out_reference_uint8[] = {
-    31u, 211u, 127u, 128u, 199u, 144u, 47u, 76u,
-    31u, 211u, 145u, 211u, 211u, 142u, 97u, 153u,
-    38u, 72u, 31u, 31u, 32u, 210u, 211u, 211u,
+    31u, 211u, 127u, 128u, 31u, 31u, 32u, 210u,
+    211u, 211u, 199u, 144u, 47u, 76u, 31u, 211u,
+    145u, 211u, 211u, 142u, 97u, 153u, 38u, 72u,
 };
 inline constexpr uint8_t relu_in_data_uint8[] = {
-    0u, 255u, 127u, 128u, 31u, 248u, 59u, 72u,
-    129u, 225u, 11u, 161u, 65u, 79u, 126u, 197u,
-    226u, 128u, 112u, 113u, 114u,
+    0u, 255u, 127u, 128u, 112u, 113u, 114u, 31u,
+    248u, 59u, 72u, 129u, 225u, 11u, 161u, 65u,
+    79u, 126u, 197u, 226u, 128u, 19u, 226u, 26u,
 };
 inline constexpr uint8_t relu_params_uint8[] = {
     113u,
 };
 inline constexpr uint8_t relu_out_reference_uint8[] = {
-    113u, 255u, 127u, 128u, 113u, 248u, 113u, 113u,
-    129u, 225u, 113u, 161u, 113u, 113u, 126u, 197u,
-    226u, 128u, 113u, 113u, 114u,
+    113u, 255u, 127u, 128u, 113u, 113u, 114u, 113u,
+    248u, 113u, 113u, 129u, 225u, 113u, 161u, 113u,
+    113u, 126u, 197u, 226u, 128u, 113u, 226u, 113u,
 };
 inline constexpr uint8_t clip_in_data_uint8[] = {
-    0u, 255u, 127u, 128u, 119u, 97u, 70u, 67u,
-    234u, 209u, 132u, 87u, 156u, 15u, 155u, 240u,
-    159u, 184u, 59u, 60u, 61u, 170u, 171u, 172u,
+    0u, 255u, 127u, 128u, 59u, 60u, 61u, 170u,
+    171u, 172u, 119u, 97u, 70u, 67u, 234u, 209u,
+    132u, 87u, 156u, 15u, 155u, 240u, 159u, 184u,
 };
 inline constexpr uint8_t clip_params_uint8[] = {
     60u, 171u,
 };
 inline constexpr uint8_t clip_out_reference_uint8[] = {
-    60u, 171u, 127u, 128u, 119u, 97u, 70u, 67u,
-    171u, 171u, 132u, 87u, 156u, 60u, 155u, 171u,
-    159u, 171u, 60u, 60u, 61u, 170u, 171u, 171u,
+    60u, 171u, 127u, 128u, 60u, 60u, 61u, 170u,
+    171u, 171u, 119u, 97u, 70u, 67u, 171u, 171u,
+    132u, 87u, 156u, 60u, 155u, 171u, 159u, 171u,
 };
 inline constexpr uint8_t tanh_in_data_uint8[] = {
     0u, 255u, 127u, 128u, 58u, 164u, 158u, 29u,
     54u, 86u, 81u, 4u, 119u, 19u, 129u, 78u,
-    128u, 122u,
+    128u, 122u, 13u, 218u, 78u, 203u, 228u, 231u,
 };
 inline constexpr uint8_t tanh_params_uint8[] = {
     1u, 1u, 1u, 1u, 1u, 1u, 1u, 1u,
@@ -86,12 +86,12 @@ inline constexpr uint8_t tanh_params_uint8[] = {
 inline constexpr uint8_t tanh_out_reference_uint8[] = {
     1u, 255u, 153u, 156u, 12u, 232u, 224u, 3u,
     10u, 41u, 33u, 1u, 128u, 2u, 159u, 29u,
-    156u, 138u,
+    156u, 138u, 1u, 254u, 29u, 252u, 255u, 255u,
 };
 inline constexpr uint8_t sigmoid_in_data_uint8[] = {
     0u, 255u, 127u, 128u, 146u, 12u, 169u, 25u,
     159u, 70u, 202u, 185u, 211u, 212u, 158u, 121u,
-    60u, 178u,
+    60u, 178u, 97u, 103u, 55u, 100u, 77u, 178u,
 };
 inline constexpr uint8_t sigmoid_params_uint8[] = {
     0u, 0u, 0u, 0u, 0u, 0u, 0u, 1u,
@@ -130,12 +130,12 @@ inline constexpr uint8_t sigmoid_params_uint8[] = {
 inline constexpr uint8_t sigmoid_out_reference_uint8[] = {
     0u, 255u, 115u, 118u, 174u, 1u, 223u, 1u,
     205u, 12u, 249u, 240u, 251u, 252u, 203u, 97u,
-    7u, 234u,
+    7u, 234u, 40u, 51u, 6u, 45u, 16u, 234u,
 };
 inline constexpr int8_t tanh_in_data_int8[] = {
     -128, 127, -1, 0, 107, -12, 52, -108,
     -120, -73, -60, -17, -82, 20, 59, 37,
-    120, 107,
+    120, 107, 54, 117, -96, 125, 54, -3,
 };
 inline constexpr int8_t tanh_params_int8[] = {
     -127, -127, -127, -127, -127, -127, -127, -127,
@@ -174,7 +174,7 @@ inline constexpr int8_t tanh_params_int8[] = {
 inline constexpr int8_t tanh_out_reference_int8[] = {
     -127, 127, 25, 28, 127, -10, 116, -126,
     -127, -118, -109, -25, -122, 79, 120, 105,
-    127, 127,
+    127, 127, 117, 127, -125, 127, 117, 19,
 };
 
 #endif

@@ -35,8 +35,8 @@ def vectors():
     # Fractional bits of input, weights, bias and output; outputs are (H, W), strides (x, y), padding
     # (top, left).
     add("conv1x1_q7", 8, (4, 5, 3, 0), (3, 2, 4), (6, 1, 1, 4), 6, out=(3, 2))
-    add("conv2x2_q7", 8, (4, 5, 2, 1), (4, 5, 3), (3, 2, 2, 3), 3, out=(2, 3), stride=(2, 2),
-        pad=(0, 1))
+    add("conv2x2_q7", 8, (4, 5, 2, 1), (5, 5, 3), (4, 2, 2, 3), 4, out=(3, 3), stride=(2, 2),
+        pad=(1, 1))
     add("conv_flat_q7", 8, (4, 5, 3, 1), (1, 7, 2), (3, 1, 3, 2), 3, out=(1, 4), stride=(2, 1),
         pad=(0, 1))
     add("conv2x2_q15", 16, (12, 12, 14, 11), (4, 4, 3), (2, 2, 2, 3), 2, out=(3, 3), pad=(0, 0))
@@ -47,7 +47,7 @@ def vectors():
         "conv_pad_avg_pool", (4, 5, 3, 1), (4, 5, 2), (1, 3, 3, 2), False,
         dict(out=(3, 6), pad=(1, 2)), ((4, 3), (2, 2), (1, 2))), 1).ravel())
     h.add("conv_avg_pool_relu_out_reference", fx.word(add_pooled(
-        "conv_avg_pool_relu", (4, 5, 3, 0), (9, 6, 3), (2, 2, 3, 3), True,
+        "conv_avg_pool_relu", (4, 5, 3, 0), (9, 6, 4), (2, 2, 3, 4), True,
         dict(out=(8, 4)), ((2, 3), (2, 2), (4, 2), (1, 0))), 8))
 
     # Two outputs of fixed values with more fractional bits than their sums have.

@@ -65,8 +65,8 @@ def vectors():
     # Exact halves on both sides of zero, both limits, and values between.
     add_integer(h, "int8", -11, [-128, 127, -11, 38], (0.0371, "1/2"),
                 [5.75, 4.75, -31.0, 69.5, -63.0], half_away)
-    add_integer(h, "uint8", 119, [0, 255, 119, 38], (0.0173, "1/4"),
-                [0.125, -0.125, -30.375, 35.25, 3.0625], lambda v: floor(v + Fraction(1, 2)))
+    add_integer(h, "uint8", 151, [0, 255, 151, 38], (0.0173, "1/4"),
+                [0.125, -0.125, -38.375, 26.25, 3.0625], lambda v: floor(v + Fraction(1, 2)))
     add_float(h, "q2_5", [1.234, -3.0 / 64, 3.0 / 64, 4.0], 8, 5)
     add_float(h, "q4_11", [-7.77, 16.0, 5.0 / 4096, -5.0 / 4096], 16, 11)
 

@@ -7,6 +7,13 @@ import data
 import emit
 
 
+# From 10000 on; without a name: no type.
+LAYER_TYPES = ["", "ADD", "BN", "", "CONV2D", "DENSE", "GRU", "LRN", "LSTM", "NL", "NORM",
+               "OPTIMIZED_CONV2D", "TRANSPOSE", "POOL", "SM", "SPLIT", "TIME_DELAY",
+               "TIME_DISTRIBUTED", "", "CONCAT", "GEMM", "UPSAMPLE", "ELTWISE", "GENERIC",
+               "INSTANCENORMALIZATION", "PAD", "SLICE", "TILE", "REDUCE", ""]
+
+
 def relu(x):
     return np.maximum(x, 0)
 
@@ -20,6 +27,7 @@ def add_dense(header, name, lcg, outputs, inputs):
 
 def vectors():
     header = emit.Header("network")
+    header.add("layer_type_names", LAYER_TYPES)
     lcg = data.Lcg(9)
 
     x = header.add("net_in_data", lcg.exact((3,)))

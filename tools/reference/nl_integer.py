@@ -33,11 +33,12 @@ TABLES = [
 ]
 
 
-def inputs(seed, dtype):
-    """Both ends of the range, its middle, and others."""
+def inputs(seed, dtype, limits=()):
+    """Both ends of the range, its middle, and others: four channels of three by two pixels."""
     low, high = RANGE[dtype]
-    some = list(Lcg(seed).integers(low, high, (14,)))
-    return [int(v) for v in [low, high, low + 127, low + 128] + some]
+    some = list(Lcg(seed).integers(low, high, (24,)))
+    chosen = [low, high, low + 127, low + 128] + [p + d for p in limits for d in (-1, 0, 1)]
+    return [int(v) for v in (chosen + some)[:24]]
 
 
 def vectors():
@@ -48,7 +49,7 @@ def vectors():
             header.add("%s_%s_%s" % (name, role, np.dtype(dtype).name),
                        np.array(values, dtype=dtype))
     for seed, (name, dtype, params) in enumerate(LIMITS):
-        x = inputs(seed + 60, dtype) + [p + d for p in params for d in (-1, 0, 1)]
+        x = inputs(seed + 60, dtype, params)
         high = params[1] if len(params) > 1 else RANGE[dtype][1]
         add(name, dtype, x, params, [min(max(v, params[0]), high) for v in x])
     for seed, (name, dtype, params) in enumerate(TABLES):
