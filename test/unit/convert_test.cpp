@@ -10,7 +10,10 @@
 #include "core/ai_declare.h"
 #include "core/core_convert.h"
 #include "kernels/arm_convert.h"
+#include "kernels/arm_copy_q7.h"
+#include "kernels/arm_fill_q15.h"
 #include "kernels/arm_nntables.h"
+#include "kernels/arm_q7_to_q15_no_shift.h"
 #include "kernels/arm_shift.h"
 
 namespace {
@@ -78,6 +81,18 @@ TEST(Conversion, EveryNumberThereAndBack) {
     EXPECT_EQ(real[i], std::ldexp(static_cast<float>(q15[i]), -15));
     EXPECT_EQ(back[i], std::floor(q15[i] / 256.0));
   }
+}
+
+TEST(Conversion, CopiesAsManyAsAsked) {
+  const q7_t from[] = {-128, 127, 5, 6};
+  Values<q7_t> copy(4, 99);
+  arm_copy_q7(from, copy.data(), 3);
+  EXPECT_EQ(copy, (Values<q7_t>{-128, 127, 5, 99}));
+  Values<q15_t> wide(4, 99);
+  arm_q7_to_q15_no_shift(from, wide.data(), 3);
+  EXPECT_EQ(wide, (Values<q15_t>{-128, 127, 5, 99}));
+  arm_fill_q15(-32768, wide.data(), 2);
+  EXPECT_EQ(wide, (Values<q15_t>{-32768, -32768, 5, 99}));
 }
 
 TEST(Conversion, FloatsRoundAwayFromZeroAndSaturate) {
@@ -154,15 +169,66 @@ TEST(Conversion, FixedToFixedShiftsWhereItIsStatedTo) {
   check_fixed<q15_t, q7_t>(11, 2, q15, {-64, 50, -1}, q15);
 }
 
+// Formats with fewer bits than fractional ones, and more than one for the elements that the
+// output's shape has: the input's counts.
+template <class T>
+void check_float(int fraction_bits, Values<T> expected) {
+  const float scale = std::ldexp(1.0f, -fraction_bits);
+  Values<float> real = {3 * scale, -2.5f * scale, 100 * scale, 1000000 * scale};
+  const Values<float> before = real;
+  Values<T> q(4, 33);
+  const ai_array_format format = AI_ARRAY_FORMAT_MAKE_Q(8 * sizeof(T), fraction_bits);
+  nnlib::tensor floats({1, 4, 1, 1}, real.data()), one_float({1, 1, 1, 1}, real.data());
+  nnlib::tensor fixed(format, {1, 4, 1, 1}, q.data()), one_fixed(format, {1, 1, 1, 1}, q.data());
+  convert(node_convert, floats, one_fixed);
+  EXPECT_EQ(q, expected) << fraction_bits;
+  const int integer_bits = static_cast<int>(8 * sizeof(T)) - 1 - fraction_bits;
+  for (size_t i = 0; i < 4; ++i) {
+    EXPECT_EQ(real[i], std::ldexp(before[i], -integer_bits)) << fraction_bits;
+  }
+  convert(node_convert, fixed, one_float);
+  for (size_t i = 0; i < 4; ++i) {
+    EXPECT_EQ(real[i], static_cast<float>(expected[i]) * scale) << fraction_bits;
+  }
+}
+
+TEST(Conversion, FloatToFixedAndBackWithAnyIntegerBits) {
+  for (const int fraction_bits : {-3, 0, 5, 7, 9, 13}) {
+    check_float<q7_t>(fraction_bits, {3, -3, 100, 127});
+  }
+  for (const int fraction_bits : {-2, 11, 15, 18}) {
+    check_float<q15_t>(fraction_bits, {3, -3, 100, 32767});
+  }
+}
+
+// Numbers that another order of the operations rounds to another whole number.
+TEST(Conversion, FloatToIntegerInTheStatedOrder) {
+  static constexpr float scales[] = {0.024f, 0.159f};
+  static constexpr int8_t int8_zero = -20;
+  static constexpr uint8_t uint8_zero = 20;
+  static constexpr ai_intq_info infos[] = {{&scales[0], &int8_zero}, {&scales[1], &uint8_zero}};
+  static constexpr ai_intq_info_list lists[] = {{1u << 16, &infos[0]}, {1u << 16, &infos[1]}};
+  float x = 0.756f, y = 35.0595f;
+  int8_t of_x = 0;
+  uint8_t of_y = 0;
+  nnlib::tensor in_x({1, 1, 1, 1}, &x), in_y({1, 1, 1, 1}, &y);
+  nnlib::tensor out_x({1, 1, 1, 1}, &of_x, 0, &lists[0]), out_y({1, 1, 1, 1}, &of_y, 0, &lists[1]);
+  convert(node_convert, in_x, out_x);
+  convert(node_convert, in_y, out_y);
+  EXPECT_EQ(of_x, 11);
+  EXPECT_EQ(of_y, 241);
+}
+
 TEST(Conversion, RecordWithoutEntriesHasScaleZero) {
   static const ai_intq_info_list empty = {0, nullptr};
   float real[] = {1.5f, -1.5f, 0.0f};
   Values<int8_t> q(3, 9);
-  nnlib::tensor floats({1, 3, 1, 1}, real);
+  nnlib::tensor floats({1, 3, 1, 1}, real), one_float({1, 1, 1, 1}, real);
   nnlib::tensor integers({1, 3, 1, 1}, q.data(), 0, &empty);
-  convert(node_convert, floats, integers);
+  nnlib::tensor one_integer({1, 1, 1, 1}, q.data(), 0, &empty);
+  convert(node_convert, floats, one_integer);
   EXPECT_EQ(q, (Values<int8_t>{127, -128, 0}));
-  convert(node_convert, integers, floats);
+  convert(node_convert, integers, one_float);
   EXPECT_EQ(Values<float>(real, real + 3), (Values<float>{0, 0, 0}));
 }
 
@@ -172,7 +238,7 @@ TEST(Conversion, IntegersInvertTheTopBitAtEveryLength) {
     for (uint32_t i = 0; i < count; ++i) {
       expected[i] = static_cast<uint8_t>(in[i] + 128);
     }
-    nnlib::tensor from({1, count, 1, 1}, in.data()), to({1, count, 1, 1}, out.data());
+    nnlib::tensor from({1, count, 1, 1}, in.data()), to({1, 1, 1, 1}, out.data());
     convert(node_convert_integer, from, to);
     EXPECT_EQ(out, expected);
   }

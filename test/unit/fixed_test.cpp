@@ -18,15 +18,18 @@
 #include "kernels/arm_depthwise_separable_conv_HWC_q7_nonsquare.h"
 #include "kernels/arm_fully_connected.h"
 #include "kernels/arm_nn_mat_mult_kernel.h"
+#include "kernels/arm_nntables.h"
 #include "kernels/arm_q7_to_q15_reordered_no_shift.h"
 #include "kernels/arm_softmax.h"
 #include "kernels/ko_fxp_convolve_HWC_q15_nonsquare.h"
 #include "kernels/ko_fxp_convolve_HWC_q7_fast_nonsquare.h"
 #include "kernels/ko_fxp_dense.h"
 #include "kernels/ko_fxp_depthwise_conv_HWC_q7_nonsquare.h"
+#include "kernels/ko_fxp_nl.h"
 #include "kernels/vector.hpp"
 #include "layers_quantized/conv2d_fixed_choice.hpp"
 #include "layers_quantized/layers_conv2d_quarn_fixed.h"
+#include "layers_quantized/layers_dense_quarn_fixed.h"
 #include "layers_quantized/layers_nl_quarn_fixed.h"
 #include "layers_quantized/layers_pool_quarn_fixed.h"
 #include "layers_quantized/layers_sm_quarn_fixed.h"
@@ -124,6 +127,20 @@ struct Convolution {
     return out;
   }
 
+  // Of a layer whose input has 8 fractional bits, the weights 4 and the biases 6.
+  Values<T> of_layer(int out_bits) const {
+    Convolution layer = *this;
+    layer.bias_shift = 12 - 6;
+    layer.out_shift = u16(static_cast<uint32_t>(std::max(12 - out_bits, 0)));
+    Values<T> out = layer.naive();
+    for (T& value : out) {
+      const int scaled = value * (1 << std::max(out_bits - 12, 0));
+      value = static_cast<T>(
+          std::clamp<int>(scaled, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
+    }
+    return out;
+  }
+
   const W* bias_data() const { return bias.empty() ? nullptr : bias.data(); }
   arm_status call(AnyShape<T>* kernel, T* out, q15_t* scratch) const {
     return kernel(in.data(), u16(g.in_width), u16(g.in_height), u16(g.in_channels), weights.data(),
@@ -136,9 +153,9 @@ struct Convolution {
                   u16(g.out_channels), u16(g.kernel_width), u16(g.pad_x), u16(g.stride_x),
                   bias_data(), bias_shift, out_shift, out, u16(g.out_width), scratch, nullptr);
   }
-  arm_status call(Dense<T, W>* kernel, T* out, q15_t*) const {
+  arm_status call(Dense<T, W>* kernel, T* out, q15_t* scratch) const {
     return kernel(in.data(), weights.data(), u16(g.in_channels), u16(g.out_channels), bias_shift,
-                  out_shift, bias_data(), out, nullptr);
+                  out_shift, bias_data(), out, scratch);
   }
   // The kernel's output is the naive loop's, or untouched if the kernel refuses, with and without
   // wide vectors. Its scratch of `columns` columns has just that size and holds rubbish.
@@ -199,7 +216,10 @@ TEST(FixedConvolution, Q7KernelsAreTheNaiveLoop) {
 TEST(FixedConvolution, Q15KernelsAreTheNaiveLoopAndWrap) {
   for (const ConvGeometry& g : kShapes) {
     for (const uint16_t out_shift : kOutShifts) {
-      const Convolution<q15_t> c{g, out_shift};
+      Convolution<q15_t> c{g, out_shift};
+      if (out_shift == 1) {
+        c.bias = {};
+      }
       c.check(ko_fxp_convolve_HWC_q15_nonsquare, 2);
       if (square(g)) {
         c.check(arm_convolve_HWC_q15_basic, 1);
@@ -213,9 +233,12 @@ TEST(FixedConvolution, DepthwiseKernelsAreTheNaiveLoop) {
   for (ConvGeometry g : kShapes) {
     for (const uint32_t multiplier : {1u, 2u, 3u}) {
       g.out_channels = g.in_channels * multiplier;
-      const Convolution<q7_t> c{g, 7, true};
-      c.check(ko_fxp_depthwise_conv_HWC_q7_nonsquare, 0);
-      c.check(arm_depthwise_separable_conv_HWC_q7_nonsquare, 0, multiplier != 1);
+      Convolution<q7_t> c{g, 7, true}, unbiased = c;
+      unbiased.bias = {};
+      for (const auto* layer : {&c, &unbiased}) {
+        layer->check(ko_fxp_depthwise_conv_HWC_q7_nonsquare, 0);
+        layer->check(arm_depthwise_separable_conv_HWC_q7_nonsquare, 0, multiplier != 1);
+      }
     }
   }
   const Convolution<q7_t> none{{3, 2, 0, 0, 2, 2, 0, 0, 1, 1, 2, 1}, 7, true};
@@ -226,9 +249,17 @@ TEST(FixedProducts, DenseAndMatrixKernelsAreTheNaiveLoop) {
   for (const uint32_t rows : {1u, 2u, 3u, 4u, 5u, 9u}) {
     for (uint32_t length = 1; length < 70; ++length) {
       const ConvGeometry vector = {1, 1, length, rows, 1, 1, 0, 0, 1, 1, 1, 1};
-      Convolution<q7_t>{vector}.check(ko_fxp_fully_connected_q7, 0);
-      Convolution<q15_t, q7_t>{vector, 10}.check(arm_fully_connected_mat_q7_vec_q15, 0);
-      Convolution<q15_t>{vector, 17}.check(arm_fully_connected_q15, 0);
+      const auto with_and_without_bias = [](auto dense, auto* kernel, uint32_t columns) {
+        dense.check(kernel, columns);
+        dense.bias = {};
+        dense.check(kernel, columns);
+      };
+      for (const uint32_t columns : {0u, 1u}) {
+        with_and_without_bias(Convolution<q7_t>{vector}, ko_fxp_fully_connected_q7, columns);
+      }
+      with_and_without_bias(Convolution<q15_t, q7_t>{vector, 10},
+                            arm_fully_connected_mat_q7_vec_q15, 0);
+      with_and_without_bias(Convolution<q15_t>{vector, 17}, arm_fully_connected_q15, 0);
 
       const Convolution<q7_t> two{{2, 1, length, rows, 1, 1, 0, 0, 1, 1, 2, 1}};
       const Values<q15_t> columns(two.in.begin(), two.in.end());
@@ -321,7 +352,8 @@ struct Pooling {
 };
 
 // A fused layer gives the bytes of convolution, nonlinearity and pooling in sequence. Its scratch
-// has the least size.
+// has the least size. The greatest value of a limited relu is in the record or, before that, in the
+// third tensor of the weights.
 template <class T>
 void check_fused(const Convolution<T>& c, int out_bits, Pooling p, ai_nl_func nl,
                  ai_pool_func pool) {
@@ -342,15 +374,19 @@ void check_fused(const Convolution<T>& c, int out_bits, Pooling p, ai_nl_func nl
   nnlib::tensor out(q(out_bits), pooled, result.data());
   nnlib::tensor window(q(out_bits), {1, g.out_channels, g.out_width, p.size[1]}, rows.data());
   nnlib::tensor columns(AI_ARRAY_FORMAT_S16, {1, 1, 1, 1}, nullptr);
-  nnlib::layer_chain plain_chain(nnlib::list(in), nnlib::list(middle), nnlib::list(weights, bias),
+  const bool from_weights = g.in_channels % 2 == 0;
+  const T limits[] = {20, 9};
+  nnlib::tensor limit({1, 1, 1, 1}, &limits[0]), other({1, 1, 1, 1}, &limits[1]);
+  const auto all_weights = nnlib::list(weights, bias, from_weights ? &limit : nnlib::absent);
+  nnlib::layer_chain plain_chain(nnlib::list(in), nnlib::list(middle), all_weights,
                                  nnlib::list(columns));
-  nnlib::layer_chain fused_chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
+  nnlib::layer_chain fused_chain(nnlib::list(in), nnlib::list(out), all_weights,
                                  nnlib::list(window, columns));
   ai_layer_conv2d plain = {nnlib::layer(AI_LAYER_TYPE_CONV2D, forward_conv2d_fixed, plain_chain),
                            groups,
-                           nullptr,
+                           from_weights ? &other.array : &limit.array,
                            nl,
-                           {g.stride_x, g.stride_y},
+                           {g.stride_x | 0x30000, g.stride_y | 0x50000},  // the low 16 bits count
                            {1, 1},
                            {AI_DIMS_WORD(AI_SHAPE_TYPE, 4), pad}};
   ai_layer_conv2d_nl_pool fused = {plain,
@@ -362,15 +398,10 @@ void check_fused(const Convolution<T>& c, int out_bits, Pooling p, ai_nl_func nl
   Values<uint8_t> scratch(ai_conv2d_fixed_scratch_size(&plain));
   columns.array.data = scratch.data();
   forward_conv2d_fixed(&plain.base);
-  if (nl == nullptr) {
-    Convolution<T> naive = c;
-    naive.bias_shift = 12 - 6;
-    naive.out_shift = u16(static_cast<uint32_t>(std::max(12 - out_bits, 0)));
-    expected = naive.naive();
+  if (nl == nullptr || nl == nl_func_relu_max_array_fixed) {
+    expected = c.of_layer(out_bits);
     for (T& value : expected) {
-      const int scaled = value * (1 << std::max(out_bits - 12, 0));
-      value = static_cast<T>(
-          std::clamp<int>(scaled, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
+      value = nl == nullptr ? value : std::clamp<T>(value, 0, limits[0]);
     }
     EXPECT_EQ(map, expected);
   }
@@ -395,12 +426,22 @@ TEST(FixedConvolutionLayer, FusedIsTheSequence) {
   ConvGeometry odd = map;
   odd.in_channels = 3;
   const ConvGeometry strided = {9, 9, 4, 4, 2, 2, 0, 0, 2, 2, 4, 4};
+  const ConvGeometry rgb = {7, 7, 3, 4, 2, 2, 0, 0, 1, 1, 6, 6};
+  const ConvGeometry multiplied = {6, 5, 3, 6, 3, 2, 1, 1, 1, 1, 6, 6};
+  const ConvGeometry pointwise = {6, 6, 4, 2, 1, 1, 0, 0, 1, 1, 6, 6};
+  const ConvGeometry too_tall = {6, 3, 4, 2, 3, 7, 1, 1, 1, 1, 6, 0};  // no row of it fits
   const ConvGeometry q15 = {5, 5, 3, 2, 2, 2, 1, 1, 1, 1, 6, 6};
   const ConvGeometry q15_even = {6, 6, 4, 2, 2, 2, 1, 1, 1, 1, 7, 7};
   for (const Pooling& p : poolings) {
     for (const int out_bits : {3, 12, 14}) {
       check_fused<q7_t>({map}, out_bits, p, nullptr, pool_func_ap_array_fixed);
       check_fused<q7_t>({odd}, out_bits, p, nl_func_relu_array_fixed, pool_func_mp_array_fixed);
+      check_fused<q7_t>({rgb}, out_bits, p, nullptr, pool_func_mp_array_fixed);
+      check_fused<q7_t>({multiplied, 9, true}, out_bits, p, nullptr, pool_func_mp_array_fixed);
+      check_fused<q7_t>({pointwise}, out_bits, p, nullptr, pool_func_ap_array_fixed);
+      for (const ConvGeometry& g : {map, odd, too_tall}) {
+        check_fused<q7_t>({g}, out_bits, p, nl_func_relu_max_array_fixed, pool_func_mp_array_fixed);
+      }
       check_fused<q7_t>({strided}, out_bits, p, nl_func_tanh_array_fixed, pool_func_ap_array_fixed);
       check_fused<q7_t>({strided, 9, true}, out_bits, p, sm_func_sm_array_fixed,
                         pool_func_mp_array_fixed);
@@ -441,6 +482,41 @@ TEST(FixedConvolutionLayer, UnsupportedHangs) {
   EXPECT_EXIT(run(1, {q15, q15, q15, q7}), testing::KilledBySignal(SIGVTALRM), "");
 }
 
+// A dense layer of five inputs and four outputs over three by two positions.
+template <class T, class W>
+void check_dense_layer(int out_bits, bool biased, bool with_scratch) {
+  Convolution<T, W> c{{3, 2, 5, 4, 1, 1, 0, 0, 1, 1, 3, 2}};
+  c.bias = biased ? c.bias : Values<W>{};
+  const auto q = [](size_t bytes, int bits) { return AI_ARRAY_FORMAT_MAKE_Q(8 * bytes, bits); };
+  Values<T> result(24);
+  nnlib::tensor in(q(sizeof(T), 8), {1, 5, 3, 2}, c.in.data());
+  nnlib::tensor weights(q(sizeof(W), 4), {5, 4, 1, 1}, c.weights.data());
+  nnlib::tensor bias(q(sizeof(W), 6), {1, 4, 1, 1}, c.bias.data());
+  nnlib::tensor out(q(sizeof(T), out_bits), {1, 4, 3, 2}, result.data());
+  nnlib::tensor scratch(AI_ARRAY_FORMAT_S16, {1, 1, 1, 1}, nullptr);
+  nnlib::layer_chain chain(nnlib::list(in), nnlib::list(out),
+                           nnlib::list(weights, biased ? &bias : nnlib::absent),
+                           nnlib::list(with_scratch ? &scratch : nnlib::absent));
+  ai_layer layer = nnlib::layer(AI_LAYER_TYPE_DENSE, forward_dense_fixed, chain);
+  EXPECT_EQ(ai_dense_fixed_scratch_size(&layer), sizeof(T) == 1 ? 10u : 0u);
+  Values<uint8_t> rubbish(ai_dense_fixed_scratch_size(&layer), 0xA5);
+  scratch.array.data = rubbish.data();
+  forward_dense_fixed(&layer);
+  EXPECT_EQ(result, c.of_layer(out_bits)) << out_bits << biased << with_scratch;
+}
+
+TEST(FixedDenseLayer, EveryPosition) {
+  for (const int out_bits : {3, 12, 14}) {
+    for (const bool biased : {false, true}) {
+      for (const bool with_scratch : {false, true}) {
+        check_dense_layer<q7_t, q7_t>(out_bits, biased, with_scratch);
+        check_dense_layer<q15_t, q7_t>(out_bits, biased, with_scratch);
+        check_dense_layer<q15_t, q15_t>(out_bits, biased, with_scratch);
+      }
+    }
+  }
+}
+
 // A sum beyond 32 bits in one channel, and its negative in the other.
 TEST(FixedPool, AveragesLargeWindows) {
   constexpr uint16_t kSide = 300;
@@ -475,6 +551,11 @@ TEST(FixedSoftmax, ValuesHold) {
     arm_softmax_q15(q15.data(), u16(static_cast<uint32_t>(q15.size())), q15.data());
     EXPECT_EQ(Values<q15_t>(q7.begin(), q7.end()), c.q7);
     EXPECT_EQ(q15, c.q15);
+    // As a function of a convolution, all of the elements are one group.
+    Values<q15_t> group = c.in;
+    ai_array array = {AI_ARRAY_FORMAT_S16, 99, group.data(), group.data()};
+    sm_func_sm_array_fixed(&array, &array, static_cast<ai_size>(group.size()), nullptr);
+    EXPECT_EQ(group, c.q15);
   }
   arm_softmax_q7(nullptr, 0, nullptr);
 }
@@ -501,6 +582,20 @@ void check_activation(ai_nl_func kernel, double (*function)(double), int fractio
   }
   kernel(&from, &from, from.size, nullptr);
   EXPECT_EQ(in, out);
+}
+
+TEST(FixedActivation, EveryTypeButZeroIsTanh) {
+  for (const uint16_t type : {0, 1, 2, 256, 65535}) {
+    q7_t q7[] = {88, -40, 127};
+    q15_t q15[] = {11 * 256, -5 * 256, 32767};
+    ko_fxp_nn_activations_direct_q7(q7, 2, 0, type);
+    ko_fxp_nn_activations_direct_q15(q15, 2, 3, type);
+    const q7_t* table_q7 = type == 0 ? sigmoidTable_q7 : tanhTable_q7;
+    const q15_t* table_q15 = type == 0 ? sigmoidTable_q15 : tanhTable_q15;
+    EXPECT_EQ(Values<q7_t>(q7, q7 + 3), (Values<q7_t>{table_q7[11], table_q7[256 - 5], 127}));
+    EXPECT_EQ(Values<q15_t>(q15, q15 + 3),
+              (Values<q15_t>{table_q15[11], table_q15[256 - 5], 32767}));
+  }
 }
 
 TEST(FixedActivation, EveryNumberOfEveryFormat) {

@@ -133,21 +133,29 @@ struct Shape {
   size_t outputs() const { return size_t{out_width} * out_height * out_channels; }
 };
 
+// Values of the whole range, of its ends only, or so near the zero points that sums are small and
+// the last bits of their requantization count; without biases, these come from the products alone.
+enum class Values { kAny, kEnds, kNear, kNearWithoutBias };
+constexpr Values kAllValues[] = {Values::kAny, Values::kEnds, Values::kNear,
+                                 Values::kNearWithoutBias};
+
 // The data of a call; vectors have no spare element, so that a sanitizer sees a step outside.
 template <class Form>
 struct Problem {
   using Activation = typename Form::Activation;
   using Weight = typename Form::Weight;
 
-  // Values of the whole range, or of its ends only; zero points at the ends of the range or not.
-  Problem(const Shape& s, bool ends) : shape(s) {
-    const auto fill = [ends](auto& values, size_t count) {
+  Problem(const Shape& s, Values kind) : shape(s) {
+    const bool near = kind == Values::kNear || kind == Values::kNearWithoutBias;
+    const auto fill = [kind, near](auto& values, size_t count) {
       using T = typename std::remove_reference_t<decltype(values)>::value_type;
       using Limits = std::numeric_limits<T>;
       values.resize(count);
       for (T& value : values) {
         const int32_t any = random_between(Limits::min(), Limits::max());
-        value = static_cast<T>(ends ? (any & 1 ? Limits::min() : Limits::max()) : any);
+        const int32_t end = any & 1 ? Limits::min() : Limits::max();
+        const int32_t middle = (Limits::min() + Limits::max() + 1) / 2 + any % 2;
+        value = static_cast<T>(near ? middle : kind == Values::kEnds ? end : any);
       }
     };
     fill(in, s.inputs());
@@ -158,12 +166,17 @@ struct Problem {
     out_zeropoint = zeropoints[1];
     fill(weight_zeropoints, Form::kChannels ? s.out_channels : 1);
     const auto spread = std::sqrt(static_cast<double>(s.column())) * 128 * 100;
+    const int32_t most = near ? 9 : 3 * static_cast<int32_t>(spread);
     for (uint32_t i = 0; i < s.out_channels; ++i) {
-      bias.push_back(
-          random_between(-3 * static_cast<int32_t>(spread), 3 * static_cast<int32_t>(spread)));
+      if (kind != Values::kNearWithoutBias) {
+        bias.push_back(random_between(-most, most));
+      }
       // Some outputs saturate; now and then a pair far off what networks have.
-      const auto usual = static_cast<int16_t>(std::lround(std::log2(spread / 100)));
-      shift.push_back(i % 5 == 4 ? static_cast<int16_t>(random_between(-40, 40)) : usual);
+      const auto usual = static_cast<int32_t>(std::lround(std::log2(spread / 100)));
+      const int32_t other = random_between(-40, 40);
+      shift.push_back(static_cast<int16_t>(near         ? (other + 40) % 8 - 4
+                                           : i % 5 == 4 ? other
+                                                        : usual));
       multiplier.push_back(random_between(1 << 30, INT32_MAX));
     }
     if (!Form::kChannels) {
@@ -172,6 +185,7 @@ struct Problem {
     }
   }
 
+  const int32_t* biases() const { return bias.empty() ? nullptr : bias.data(); }
   int32_t weight_zeropoint(uint32_t channel) const {
     return Form::kAsymmetric ? weight_zeropoints[Form::kChannels ? channel : 0] : 0;
   }
@@ -202,10 +216,10 @@ Scratch rubbish(size_t bytes) {
 #define WEIGHT_ZEROPOINT_int8symwt(p)
 #define WEIGHT_ZEROPOINT_int8_int8symwt(p)
 
-#define CONVOLUTION(types, p)                                                                \
-  p.in.data(), p.shape.in_width, p.shape.in_height, p.shape.in_channels, p.weights.data(),   \
-      p.shape.out_channels, p.shape.kernel_width, p.shape.kernel_height, p.shape.pad_x,      \
-      p.shape.pad_y, p.shape.stride_x, p.shape.stride_y, p.bias.data(), p.multiplier.data(), \
+#define CONVOLUTION(types, p)                                                              \
+  p.in.data(), p.shape.in_width, p.shape.in_height, p.shape.in_channels, p.weights.data(), \
+      p.shape.out_channels, p.shape.kernel_width, p.shape.kernel_height, p.shape.pad_x,    \
+      p.shape.pad_y, p.shape.stride_x, p.shape.stride_y, p.biases(), p.multiplier.data(),  \
       p.shift.data(), ZEROPOINTS_##types(p), out, p.shape.out_width, p.shape.out_height
 
 // The kernels of one form under names that a test can use for all of them.
@@ -222,7 +236,7 @@ Scratch rubbish(size_t bytes) {
     static void rank1upd(const Data& p, void* scratch) {                                           \
       ko_##types##_convolve_HWC_basic_rank1upd##suffix(                                            \
           p.shape.in_channels, p.weights.data(), p.shape.out_channels, p.shape.kernel_width,       \
-          p.shape.kernel_height, p.bias.data(), p.in_zeropoint, scratch);                          \
+          p.shape.kernel_height, p.biases(), p.in_zeropoint, scratch);                             \
     }                                                                                              \
     static void basic(const Data& p, Activation* out, void* scratch) {                             \
       rank1upd(p, scratch);                                                                        \
@@ -232,9 +246,9 @@ Scratch rubbish(size_t bytes) {
       rank1upd(p, scratch);                                                                        \
       ko_##types##_convolve_HWC_RGB##suffix(                                                       \
           p.in.data(), p.shape.in_width, p.shape.in_channels, p.weights.data(),                    \
-          p.shape.out_channels, p.shape.kernel_width, p.shape.pad_x, p.shape.stride_x,             \
-          p.bias.data(), p.multiplier.data(), p.shift.data(), ZEROPOINTS_##types(p), out,          \
-          p.shape.out_width, scratch);                                                             \
+          p.shape.out_channels, p.shape.kernel_width, p.shape.pad_x, p.shape.stride_x, p.biases(), \
+          p.multiplier.data(), p.shift.data(), ZEROPOINTS_##types(p), out, p.shape.out_width,      \
+          scratch);                                                                                \
     }                                                                                              \
     static void fast_1x1(const Data& p, Activation* out, void* scratch) {                          \
       ko_##types##_convolve_1x1_HWC_fast_nonsquare##suffix(CONVOLUTION(types, p), scratch);        \
@@ -261,7 +275,7 @@ Scratch rubbish(size_t bytes) {
       ko_##types##_fully_connected##suffix(                                                        \
           p.in.data(), p.weights.data(), static_cast<uint16_t>(p.shape.column()),                  \
           p.shape.out_channels, p.multiplier.data(), p.shift.data(), ZEROPOINTS_##types(p),        \
-          p.bias.data(), out, scratch);                                                            \
+          p.biases(), out, scratch);                                                               \
     }                                                                                              \
   };
 KO_FORMS(FORM)
@@ -277,7 +291,7 @@ Output<Form> expected(const Problem<Form>& p, bool depthwise = false) {
   for (int y = 0; y < s.out_height; ++y) {
     for (int x = 0; x < s.out_width; ++x) {
       for (uint32_t o = 0; o < s.out_channels; ++o) {
-        int64_t acc = p.bias[o];
+        int64_t acc = p.bias.empty() ? 0 : p.bias[o];
         for (int tap = 0; tap < s.kernel_width * s.kernel_height; ++tap) {
           const int row = s.stride_y * y + tap / s.kernel_width - s.pad_y;
           const int column = s.stride_x * x + tap % s.kernel_width - s.pad_x;
@@ -348,13 +362,14 @@ TYPED_TEST(IntegerKernels, ConvolutionsEqualTheFormula) {
       {5, 4, 29, 18, 3, 3, 1, 1, 1, 1, 5, 4}, {1, 1, 15, 6, 1, 1, 0, 0, 1, 1, 1, 1},
       {7, 5, 5, 35, 1, 3, 0, 1, 1, 1, 7, 5},
   };
-  for (const Shape& shape : shapes) {
-    this->check_columns(Problem<TypeParam>(shape, false), false);
-    this->check_columns(Problem<TypeParam>(shape, true), false);
-  }
-  for (uint16_t channels : {1, 2, 3, 4, 5, 8, 9, 17}) {
-    this->check_columns(Problem<TypeParam>({7, 7, 3, channels, 3, 3, 1, 1, 2, 2, 4, 4}, false),
-                        true);
+  for (Values values : kAllValues) {
+    for (const Shape& shape : shapes) {
+      this->check_columns(Problem<TypeParam>(shape, values), false);
+    }
+    for (uint16_t channels : {1, 2, 3, 4, 5, 8, 9, 17}) {
+      this->check_columns(Problem<TypeParam>({7, 7, 3, channels, 3, 3, 1, 1, 2, 2, 4, 4}, values),
+                          true);
+    }
   }
 }
 
@@ -362,9 +377,11 @@ TYPED_TEST(IntegerKernels, PointwiseEqualsTheFormula) {
   for (uint16_t in : {1, 3, 4, 7, 8, 9, 15, 16, 17, 31, 33, 64}) {
     for (uint16_t out : {1, 2, 3, 4, 5, 8, 9}) {
       const uint16_t height = in % 2 == 0 ? 2 : 3;
-      const Problem<TypeParam> p({9, height, in, out, 1, 1, 0, 0, 1, 1, 9, height}, in == 9);
-      this->check(expected(p), ko_convolve_HWC_scratch_size(in, out, 1, 1),
-                  [&](auto* to, void* scratch) { TypeParam::fast_1x1(p, to, scratch); });
+      for (Values values : kAllValues) {
+        const Problem<TypeParam> p({9, height, in, out, 1, 1, 0, 0, 1, 1, 9, height}, values);
+        this->check(expected(p), ko_convolve_HWC_scratch_size(in, out, 1, 1),
+                    [&](auto* to, void* scratch) { TypeParam::fast_1x1(p, to, scratch); });
+      }
     }
   }
 }
@@ -378,12 +395,14 @@ TYPED_TEST(IntegerKernels, DepthwiseEqualsTheFormula) {
   for (Shape shape : shapes) {
     for (uint16_t channels : {1, 2, 3, 4, 5, 7, 8, 9, 12, 17, 23}) {
       shape.in_channels = shape.out_channels = channels;
-      Problem<TypeParam> p(shape, channels == 9);
-      p.weights.resize(size_t{shape.kernel_width} * shape.kernel_height * channels);
-      this->check(expected(p, true),
-                  ko_depthwise_separable_conv_HWC_scratch_size(channels, shape.kernel_width,
-                                                               shape.kernel_height),
-                  [&](auto* out, void* scratch) { TypeParam::depthwise(p, out, scratch); });
+      for (Values values : kAllValues) {
+        Problem<TypeParam> p(shape, values);
+        p.weights.resize(size_t{shape.kernel_width} * shape.kernel_height * channels);
+        this->check(expected(p, true),
+                    ko_depthwise_separable_conv_HWC_scratch_size(channels, shape.kernel_width,
+                                                                 shape.kernel_height),
+                    [&](auto* out, void* scratch) { TypeParam::depthwise(p, out, scratch); });
+      }
     }
   }
 }
@@ -391,11 +410,13 @@ TYPED_TEST(IntegerKernels, DepthwiseEqualsTheFormula) {
 TYPED_TEST(IntegerKernels, FullyConnectedEqualsTheFormula) {
   for (uint16_t length : {1, 2, 5, 8, 15, 16, 17, 40, 1027}) {
     for (uint16_t rows : {1, 2, 3, 7, 8, 9, 17}) {
-      const Problem<TypeParam> p({1, 1, length, rows, 1, 1, 0, 0, 1, 1, 1, 1}, rows == 7);
-      const Output<TypeParam> want = expected(p);
-      this->check(want, 0, [&](auto* out, void*) { TypeParam::dense(p, out, nullptr); });
-      this->check(want, ko_fully_connected_scratch_size(length),
-                  [&](auto* out, void* scratch) { TypeParam::dense(p, out, scratch); });
+      for (Values values : kAllValues) {
+        const Problem<TypeParam> p({1, 1, length, rows, 1, 1, 0, 0, 1, 1, 1, 1}, values);
+        const Output<TypeParam> want = expected(p);
+        this->check(want, 0, [&](auto* out, void*) { TypeParam::dense(p, out, nullptr); });
+        this->check(want, ko_fully_connected_scratch_size(length),
+                    [&](auto* out, void* scratch) { TypeParam::dense(p, out, scratch); });
+      }
     }
   }
 }
@@ -404,7 +425,7 @@ TYPED_TEST(IntegerKernels, FullyConnectedEqualsTheFormula) {
 // without the zero point, with biases as they are.
 TYPED_TEST(IntegerKernels, MatrixKernelsReadTheBiasesBehindTheColumns) {
   for (uint16_t length : {1, 4, 6, 11, 18, 36}) {
-    Problem<TypeParam> p({2, 1, length, 5, 1, 1, 0, 0, 1, 1, 2, 1}, false);
+    Problem<TypeParam> p({2, 1, length, 5, 1, 1, 0, 0, 1, 1, 2, 1}, Values::kAny);
     const Output<TypeParam> want = expected(p);
     const size_t bytes = ko_convolve_HWC_scratch_size(length, 5, 1, 1);
     this->check(want, bytes, [&](auto* out, void* scratch) {

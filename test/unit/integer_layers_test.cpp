@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "core/ai_declare.h"
+#include "kernels/ko_add.h"
 #include "kernels/ko_convolve_HWC_reference.h"
 #include "kernels/ko_pool.h"
 #include "layers_quantized/conv2d_integer_choice.hpp"
@@ -147,8 +148,8 @@ struct ConvLayer {
       std::fill(weight_zeropoints.begin(), weight_zeropoints.end(), W{0});
     }
     record.groups = group_count;
-    record.filter_stride[0] = g.stride_x;
-    record.filter_stride[1] = g.stride_y;
+    record.filter_stride[0] = g.stride_x | 0x30000;  // the low 16 bits count
+    record.filter_stride[1] = g.stride_y | 0x50000;
     record.filter_pad = {AI_DIMS_WORD(AI_SHAPE_TYPE, AI_SHAPE_DIMS), pad};
   }
 
@@ -160,8 +161,8 @@ struct ConvLayer {
     nnlib::tensor extra({extra_dims}, reinterpret_cast<T*>(map.data), 0, &out_list);
     nnlib::tensor unsized({1, 1, 1, 1}, map.data);
     const auto chain_with = [&](nnlib::tensor& kernel) {
-      return std::make_unique<nnlib::layer_chain<1, 1, 2, 2>>(
-          nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
+      return std::make_unique<nnlib::layer_chain<1, 1, 3, 2>>(
+          nnlib::list(in), nnlib::list(out), nnlib::list(weights, biases, params),
           nnlib::list(fused ? extra : kernel, fused ? kernel : extra));
     };
     auto chain = chain_with(unsized);
@@ -190,6 +191,8 @@ struct ConvLayer {
   ai_intq_info in_info, weight_info, out_info;
   ai_intq_info_list in_list{1u << 16, &in_info}, weight_list, out_list{1u << 16, &out_info};
   nnlib::tensor in, weights, bias, out;
+  ai_tensor* biases = &bias;
+  ai_tensor* params = nnlib::absent;
   uint32_t pad[AI_SHAPE_DIMS] = {g.pad_y, g.pad_x, 0, 0};
   ai_layer_conv2d record = {};
 };
@@ -221,8 +224,9 @@ TEST(IntegerConvLayer, NeedsTheScratchItAsksForAndNothingInIt) {
 // The scales in the order that the rounding of their product depends on.
 TEST(IntegerConvLayer, PairsOfChannelsAndOfTheLayer) {
   const ConvGeometry g = {4, 3, 5, 6, 2, 2, 1, 0, 1, 2, 4, 2};
-  for (bool channels : {false, true}) {
+  for (const auto& [channels, biased] : {std::pair{false, true}, {true, true}, {true, false}}) {
     ConvLayer<int8_t, int8_t> layer(g, 1, channels, false);
+    layer.biases = biased ? &layer.bias : nnlib::absent;
     layer.run();
     std::vector<int32_t> multipliers(6);
     std::vector<int16_t> shifts(6);
@@ -235,8 +239,8 @@ TEST(IntegerConvLayer, PairsOfChannelsAndOfTheLayer) {
     std::vector<int8_t> want(layer.out_data.size());
     ko_int8_int8symwt_convolve_HWC_reference_CH(
         layer.in_data.data(), 4, 3, 5, layer.weight_data.data(), 6, 2, 2, 1, 0, 1, 2,
-        layer.bias_data.data(), multipliers.data(), shifts.data(), layer.in_zeropoint,
-        layer.out_zeropoint, want.data(), 4, 2);
+        biased ? layer.bias_data.data() : nullptr, multipliers.data(), shifts.data(),
+        layer.in_zeropoint, layer.out_zeropoint, want.data(), 4, 2);
     EXPECT_EQ(want, layer.out_data);
   }
 }
@@ -247,20 +251,31 @@ struct Pooling {
   uint32_t width, height, pad_x, pad_y, stride_x, stride_y, out_width, out_height;
 };
 
-// The convolution g, relu and pooling, once as one layer and once one after the other.
+// The convolution g, relu and pooling, once as one layer and once one after the other. The limit of
+// the relu is in the record or, before that, in the third tensor of the weights.
 template <class T, class W>
 void check_fused(const ConvGeometry& g, uint32_t groups, const Pooling& p, ai_pool_func pool_func,
                  uint32_t rows) {
   ConvLayer<T, W> layer(g, groups, true, true);
-  const T least = layer.out_zeropoint;
-  nnlib::tensor params({1, 1, 1, 1}, &least);
-  layer.record.nl_params = &params.array;
-  layer.record.nl_func = nl_func_relu_array_integer;
+  const T least = layer.out_zeropoint, greatest = std::numeric_limits<T>::max();
+  nnlib::tensor params({1, 1, 1, 1}, &least), other({1, 1, 1, 1}, &greatest);
   // Padding below such that the convolved map has the height of g.
   const uint32_t covered = (g.out_height - 1) * g.stride_y + g.kernel_height;
-  layer.pad[2] = covered > g.in_height + g.pad_y ? covered - g.in_height - g.pad_y : 0;
+  const bool hangs_over = g.out_height != 0 && covered > g.in_height + g.pad_y;
+  layer.pad[2] = hangs_over ? covered - g.in_height - g.pad_y : 0;
   layer.fused = false;
   layer.run();
+  std::vector<T> rectified = layer.out_data;
+  for (T& value : rectified) {
+    value = std::max(value, least);
+  }
+  layer.record.nl_func = nl_func_relu_array_integer;
+  for (const bool from_weights : {groups != 1, groups == 1}) {
+    layer.params = from_weights ? &params : nnlib::absent;
+    layer.record.nl_params = from_weights ? &other.array : &params.array;
+    layer.run();
+    EXPECT_EQ(rectified, layer.out_data);
+  }
   const auto u16 = [](uint32_t value) { return static_cast<uint16_t>(value); };
   std::vector<T> want(size_t{p.out_width} * p.out_height * g.out_channels);
   ai_array map = layer.out.array;
@@ -291,6 +306,7 @@ TEST(IntegerFusedLayer, EqualsItsPartsInSequence) {
   const ConvGeometry pointwise = {5, 7, 4, 3, 1, 1, 0, 0, 1, 1, 5, 7};
   const ConvGeometry depthwise = {6, 8, 9, 9, 3, 3, 1, 1, 1, 1, 6, 8};
   const ConvGeometry square_rgb = {6, 6, 3, 4, 3, 3, 1, 1, 1, 1, 6, 6};
+  const ConvGeometry too_tall = {6, 3, 2, 3, 3, 7, 1, 1, 1, 1, 6, 0};  // no row of it fits
   for (ai_pool_func pool : {pool_func_mp_array_integer, pool_func_ap_array_integer}) {
     check_fused<uint8_t, uint8_t>(basic, 1, {2, 2, 0, 0, 2, 2, 3, 4}, pool, 2);
     check_fused<int8_t, int8_t>(basic, 1, {3, 3, 1, 1, 2, 2, 3, 5}, pool, 3);
@@ -298,6 +314,7 @@ TEST(IntegerFusedLayer, EqualsItsPartsInSequence) {
     check_fused<int8_t, int8_t>(pointwise, 1, {1, 2, 0, 0, 2, 3, 3, 2}, pool, 2);  // gaps
     check_fused<uint8_t, uint8_t>(depthwise, 9, {2, 4, 0, 1, 2, 3, 3, 3}, pool, 5);
     check_fused<int8_t, int8_t>(square_rgb, 1, {6, 6, 0, 0, 1, 1, 1, 1}, pool, 6);
+    check_fused<uint8_t, int8_t>(too_tall, 1, {2, 2, 0, 0, 2, 2, 3, 2}, pool, 2);
   }
 }
 
@@ -373,15 +390,23 @@ TEST(IntegerDenseLayer, ComputesEveryPosition) {
 
 // --- addition -------------------------------------------------------------------------------
 
+// What quantizations have in common.
+struct Same {
+  bool scales, zeros;
+  constexpr bool all() const { return scales && zeros; }
+};
+constexpr Same kSame[] = {{false, false}, {true, false}, {false, true}, {true, true}};
+
 template <class T>
-void check_sum(const nnlib::dims& a_dims, const nnlib::dims& b_dims, bool same) {
+void check_sum(const nnlib::dims& a_dims, const nnlib::dims& b_dims, Same same) {
   const nnlib::dims loops = {std::max(a_dims.n, b_dims.n), std::max(a_dims.c, b_dims.c),
                              std::max(a_dims.w, b_dims.w), std::max(a_dims.h, b_dims.h)};
   const auto a_data = random_vector<T>(a_dims.elements());
   const auto b_data = random_vector<T>(b_dims.elements());
   std::vector<T> out_data(loops.elements());
-  const float scales[3] = {0.05f, same ? 0.05f : 0.031f, same ? 0.05f : 0.077f};
-  const T zeros[3] = {10, static_cast<T>(same ? 10 : 90), static_cast<T>(same ? 10 : 33)};
+  const float scales[3] = {0.05f, same.scales ? 0.05f : 0.031f, same.scales ? 0.05f : 0.077f};
+  const T zeros[3] = {10, static_cast<T>(same.zeros ? 10 : 90),
+                      static_cast<T>(same.zeros ? 10 : 33)};
   const ai_intq_info infos[3] = {
       {&scales[0], &zeros[0]}, {&scales[1], &zeros[1]}, {&scales[2], &zeros[2]}};
   const ai_intq_info_list q[3] = {
@@ -406,7 +431,7 @@ void check_sum(const nnlib::dims& a_dims, const nnlib::dims& b_dims, bool same) 
     if (std::is_signed_v<T>) {
       sum += sum > 0 ? 0.5f : -0.5f;
     }
-    const long exact = same ? x + y + zeros[2] : static_cast<long>(sum);
+    const long exact = same.all() ? x + y + zeros[2] : static_cast<long>(sum);
     using Limits = std::numeric_limits<T>;
     ASSERT_EQ(std::clamp<long>(exact, Limits::min(), Limits::max()), out_data[i]) << i;
   }
@@ -417,13 +442,37 @@ TEST(IntegerAddLayer, BroadcastsEitherInput) {
   const nnlib::dims others[] = {full,         {1, 1, 1, 1},  {1, 70, 1, 1}, {1, 1, 3, 1},
                                 {1, 1, 1, 4}, {1, 70, 3, 1}, {1, 70, 1, 4}, {1, 1, 3, 4}};
   for (const nnlib::dims& other : others) {
-    for (bool same : {false, true}) {
+    for (Same same : kSame) {
       check_sum<uint8_t>(full, other, same);
       check_sum<int8_t>(other, full, same);
     }
   }
-  check_sum<int8_t>({1, 5, 1, 2}, {1, 1, 3, 2}, false);  // each stretches the other
-  check_sum<uint8_t>({2, 3, 4, 2}, {2, 3, 1, 2}, false);
+  check_sum<int8_t>({1, 5, 1, 2}, {1, 1, 3, 2}, {});  // each stretches the other
+  check_sum<uint8_t>({2, 3, 4, 2}, {2, 3, 1, 2}, {});
+}
+
+// Any one of the six numbers that differs takes the sum out of the integers.
+TEST(IntegerAddLayer, SumsIntegersOnlyOfOneQuantization) {
+  const int8_t one = 101, two = 40;
+  for (int odd = 0; odd < 6; ++odd) {
+    float scales[] = {0.5f, 0.5f, 0.5f};
+    int8_t zeros[] = {20, 20, 20}, sum = 0;
+    (odd < 3 ? scales[odd] : scales[0]) = odd < 3 ? 0.25f : 0.5f;
+    zeros[odd % 3] = odd < 3 ? 20 : 30;
+    ko_int8_add(&one, &two, &sum, 1, scales[0], zeros[0], scales[1], zeros[1], scales[2], zeros[2]);
+    const int wanted[] = {81, 111, 127, 111, 111, 127};
+    EXPECT_EQ(wanted[odd], sum) << odd;
+  }
+}
+
+// Numbers that another order of the operations rounds to another whole number.
+TEST(IntegerRounding, KeepsTheOrderOfItsFloats) {
+  const uint8_t one = 125, two = 58, cell = 182;
+  uint8_t sum = 0, pooled = 0;
+  ko_uint8_add(&one, &two, &sum, 1, 0.007f, 100, 0.154f, 100, 0.058f, 207);
+  EXPECT_EQ(98, sum);
+  ko_uint8_maxpool(&cell, &pooled, 1, 1, 1, 1, 1, 0, 0, 1, 1, 1, 1, 0.03f, 0, 0.04f, 118);
+  EXPECT_EQ(255, pooled);
 }
 
 // --- pooling --------------------------------------------------------------------------------
@@ -454,13 +503,13 @@ T pooled(const std::vector<int>& cells, bool average, float in_scale, T in_zerop
 }
 
 template <class T, class Kernel>
-void check_pool(Kernel kernel, bool average, bool same) {
+void check_pool(Kernel kernel, bool average, Same same) {
   const uint16_t w = 5, h = 4, channels = 35, pool_w = 3, pool_h = 2, pad_x = 4, pad_y = 1;
   const uint16_t out_w = 5, out_h = 4;
   const auto in = random_vector<T>(size_t{w} * h * channels);
   std::vector<T> out(size_t{out_w} * out_h * channels);
-  const float out_scale = same ? 0.05f : 0.037f;
-  const T in_zero = static_cast<T>(-60), out_zero = same ? in_zero : T{21};
+  const float out_scale = same.scales ? 0.05f : 0.037f;
+  const T in_zero = static_cast<T>(-60), out_zero = same.zeros ? in_zero : T{21};
   kernel(in.data(), out.data(), w, h, channels, pool_w, pool_h, pad_x, pad_y, uint16_t{2},
          uint16_t{1}, out_w, out_h, 0.05f, in_zero, out_scale, out_zero);
   for (size_t i = 0; i < out.size(); ++i) {
@@ -477,7 +526,7 @@ void check_pool(Kernel kernel, bool average, bool same) {
 }
 
 TEST(IntegerPool, EqualsTheFormula) {
-  for (bool same : {false, true}) {
+  for (Same same : kSame) {
     check_pool<uint8_t>(ko_uint8_maxpool, false, same);
     check_pool<uint8_t>(ko_uint8_avepool, true, same);
     check_pool<int8_t>(ko_int8_maxpool, false, same);
