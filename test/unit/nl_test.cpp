@@ -23,7 +23,8 @@ constexpr float kInf = std::numeric_limits<float>::infinity();
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
 // Zeros, denormals, borders of rounding, of exponentials and of the parameters below, and two
-// numbers that tell single from double precision and 0.2 times x from a fifth of x.
+// numbers that tell single from double precision and 0.2 times x from a fifth of x; over and over,
+// so that there are blocks of them for the vector code.
 Floats specials() {
   Floats values = {
       0.0f,       1e-45f,     1.1754944e-38f, 0.3f,        0.4999999702f, 0.5f,       0.50000006f,
@@ -32,6 +33,9 @@ Floats specials() {
       8388607.5f, 8388608.0f, 8388609.0f,     3e9f,        3.4028235e38f, kInf,       kNan};
   for (size_t i = values.size(); i-- > 0;) {
     values.push_back(-values[i]);
+  }
+  while (values.size() < 144) {
+    values.push_back(values[values.size() - 53]);  // not in step with the vectors
   }
   return values;
 }
@@ -141,10 +145,10 @@ class Nl : public testing::TestWithParam<Operation> {};
 TEST_P(Nl, IsAppliedFromTheLastElementToTheFirst) {
   const Operation& op = GetParam();
   constexpr size_t kFrom = 9;
-  const size_t size = specials().size() / 8 * 8;
+  const size_t size = specials().size();
   Floats params = op.params;
   const ai_array param_array = array_of(params);
-  for (const size_t to : {0, 1, 2, 3, 7, 8, 9, 10, 11, 15, 17, 20, 80}) {
+  for (const size_t to : {0, 1, 2, 3, 7, 8, 9, 10, 11, 15, 17, 20, 72, 73, 80}) {
     for (const size_t elements : {size, size - 1}) {
       Floats expected(size + 80, 0.25f);
       std::copy_n(specials().begin(), size, expected.begin() + kFrom);
