@@ -2,11 +2,10 @@
 // What suites are made of: cases, fixtures and checks.
 //
 //   CASE(tc_relu_conformance) {
-//     static constinit nnlib::tensor relu_in({1, 3, 1, 1}, relu_in_data);
-//     static constinit output_tensor<float, 1, 3, 1, 1> relu_out;
-//     static constinit nnlib::layer_chain relu_chain(nnlib::list(relu_in), nnlib::list(relu_out));
-//     static constinit ai_layer relu_layer =
-//         nnlib::layer(AI_LAYER_TYPE_NL, forward_relu, relu_chain);
+//     TENSOR(relu_in, relu_in_data, 1, 3, 1, 1);
+//     OUTPUT(relu_out, 1, 3, 1, 1);
+//     CHAIN(relu, nnlib::list(relu_in), nnlib::list(relu_out));
+//     RECORD_LAYER(ai_layer_nl, relu, NL, forward_relu, nullptr);
 //     check_layer(tc, relu_layer, relu_out_reference, kFloatEpsilon);
 //   }
 //
@@ -102,6 +101,22 @@ struct output_tensor : rubbish_storage<T, size_t{N} * C * W * H>, nnlib::tensor 
                                    const ai_intq_info_list* quantization = nullptr)
       : nnlib::tensor(format, {N, C, W, H}, this->storage, quantization) {}
 };
+
+// Static fixtures, named after a stem; the same in all suites. Dimensions are N, C, W, H.
+#define TENSOR(name, elements, ...) static constinit nnlib::tensor name({__VA_ARGS__}, elements)
+#define OUTPUT(name, ...) static constinit output_tensor<float, __VA_ARGS__> name
+// The chain of the given lists.
+#define CHAIN(stem, ...) static constinit nnlib::layer_chain stem##_layer_chain(__VA_ARGS__)
+// A layer that is no more than its base record, and the chain of the given lists.
+#define LAYER(stem, type, forward, ...) LINKED_LAYER(stem, type, forward, nullptr, __VA_ARGS__)
+#define LINKED_LAYER(stem, type, forward, next, ...) \
+  CHAIN(stem, __VA_ARGS__);                          \
+  static constinit ai_layer stem##_layer =           \
+      nnlib::layer(AI_LAYER_TYPE_##type, forward, stem##_layer_chain, next)
+// A layer with a record of its own, of the given fields, over a chain declared before.
+#define RECORD_LAYER(record, stem, type, forward, ...) \
+  static constinit record stem##_layer = {             \
+      nnlib::layer(AI_LAYER_TYPE_##type, forward, stem##_layer_chain), __VA_ARGS__}
 
 inline const ai_array& first_output(const ai_layer& layer) {
   const ai_tensor* output = ai_tensor_chain_output(layer.tensor_chain, 0);

@@ -7,20 +7,6 @@
 #include "test/fixture.hpp"
 #include "test/reference/layers.h"
 
-// Fixtures, named after a stem. Dimensions are N, C, W, H.
-#define TENSOR(name, elements, ...) static constinit nnlib::tensor name({__VA_ARGS__}, elements)
-#define OUTPUT(name, ...) static constinit output_tensor<float, __VA_ARGS__> name
-#define CHAIN(stem, ...) static constinit nnlib::layer_chain stem##_layer_chain(__VA_ARGS__)
-// A layer without parameters and its chain.
-#define PLAIN_LAYER(stem, type, forward, ...) \
-  CHAIN(stem, __VA_ARGS__);                   \
-  static constinit ai_layer stem##_layer =    \
-      nnlib::layer(AI_LAYER_TYPE_##type, forward, stem##_layer_chain)
-// A layer with a record of its own, over a chain declared before.
-#define LAYER(record, stem, type, forward, ...) \
-  static constinit record stem##_layer = {      \
-      nnlib::layer(AI_LAYER_TYPE_##type, forward, stem##_layer_chain), __VA_ARGS__}
-
 using nnlib::list;
 
 namespace {
@@ -63,11 +49,11 @@ CASE(tc_distr_dense_conformance) {
   TENSOR(distr_dense_weights, distr_dense_weight_data, 3, 2, 1, 1);
   TENSOR(distr_dense_bias, distr_dense_bias_data, 1, 2, 1, 1);
   OUTPUT(distr_dense_out, 1, 2, 2, 4);
-  PLAIN_LAYER(inner, DENSE, forward_dense, list(distr_dense_in), list(distr_dense_out),
-              list(distr_dense_weights, distr_dense_bias));
+  LAYER(inner, DENSE, forward_dense, list(distr_dense_in), list(distr_dense_out),
+        list(distr_dense_weights, distr_dense_bias));
   CHAIN(distr_dense, list(distr_dense_in), list(distr_dense_out));
-  LAYER(ai_layer_time_distributed, distr_dense, TIME_DISTRIBUTED, forward_time_distributed,
-        &inner_layer);
+  RECORD_LAYER(ai_layer_time_distributed, distr_dense, TIME_DISTRIBUTED, forward_time_distributed,
+               &inner_layer);
   check_layer(tc, distr_dense_layer, distr_dense_out_reference, kFloatEpsilon);
 }
 
@@ -81,8 +67,8 @@ CASE(tc_slice_conformance) {
   TENSOR(slice_in, slice_in_data, 1, 4, 3, 6);
   OUTPUT(slice_out, 1, 2, 3, 3);
   CHAIN(slice, list(slice_in), list(slice_out));
-  LAYER(ai_layer_slice, slice, SLICE, forward_slice, &slice_axes.array, &slice_starts.array,
-        &slice_ends.array);
+  RECORD_LAYER(ai_layer_slice, slice, SLICE, forward_slice, &slice_axes.array, &slice_starts.array,
+               &slice_ends.array);
   check_layer(tc, slice_layer, slice_out_reference, kFloatEpsilon);
 }
 
@@ -91,7 +77,7 @@ CASE(tc_topK_conformance) {
   OUTPUT(topk_out, 1, 2, 2, 3);
   static constinit output_tensor<uint32_t, 1, 2, 2, 3> topk_indices;
   CHAIN(topk, list(topk_in), list(topk_out, topk_indices));
-  LAYER(ai_layer_topk, topk, GENERIC, forward_topK, AI_SHAPE_H, 3);
+  RECORD_LAYER(ai_layer_topk, topk, GENERIC, forward_topK, AI_SHAPE_H, 3);
   check_layer(tc, topk_layer, topk_out_reference, kFloatEpsilon);
   check_near_int(tc, topk_indices.storage, topk_index_reference, 0);
 }
@@ -101,7 +87,7 @@ CASE(tc_tile_conformance) {
   TENSOR(tile_in, tile_in_data, 1, 2, 3, 2);
   OUTPUT(tile_out, 1, 8, 9, 4);
   CHAIN(tile, list(tile_in), list(tile_out));
-  LAYER(ai_layer_tile, tile, TILE, forward_tile, repeats);
+  RECORD_LAYER(ai_layer_tile, tile, TILE, forward_tile, repeats);
   check_layer(tc, tile_layer, tile_out_reference, kFloatEpsilon);
 }
 
@@ -181,8 +167,8 @@ CASE(tc_instanceNorm_conformance) {
   OUTPUT(instance_norm_out, 1, 3, 2, 3);
   CHAIN(instance_norm, list(instance_norm_in), list(instance_norm_out),
         list(instance_norm_weights, instance_norm_bias));
-  LAYER(ai_layer_instance_norm, instance_norm, INSTANCENORMALIZATION, forward_instanceNormalization,
-        0.125f);
+  RECORD_LAYER(ai_layer_instance_norm, instance_norm, INSTANCENORMALIZATION,
+               forward_instanceNormalization, 0.125f);
   check_layer(tc, instance_norm_layer, instance_norm_out_reference, kFloatEpsilon);
 }
 
@@ -192,7 +178,7 @@ CASE(tc_gemm_conformance) {
   TENSOR(gemm_bias, gemm_bias_data, 1, 4, 1, 1);
   OUTPUT(gemm_out, 1, 4, 1, 2);
   CHAIN(gemm, list(gemm_in), list(gemm_out), list(gemm_weights, gemm_bias));
-  LAYER(ai_layer_gemm, gemm, GEMM, forward_gemm, 0.5f, -0.25f, true, false);
+  RECORD_LAYER(ai_layer_gemm, gemm, GEMM, forward_gemm, 0.5f, -0.25f, true, false);
   check_layer(tc, gemm_layer, gemm_out_reference, kFloatEpsilon);
 
   TENSOR(gemm_3_inputs_a, gemm_3_inputs_a_data, 1, 3, 1, 2);
@@ -201,7 +187,7 @@ CASE(tc_gemm_conformance) {
   OUTPUT(gemm_3_inputs_out, 1, 4, 1, 2);
   CHAIN(gemm_3_inputs, list(gemm_3_inputs_a, gemm_3_inputs_b, gemm_3_inputs_c),
         list(gemm_3_inputs_out));
-  LAYER(ai_layer_gemm, gemm_3_inputs, GEMM, forward_gemm, -1.5f, 2.0f, false, true);
+  RECORD_LAYER(ai_layer_gemm, gemm_3_inputs, GEMM, forward_gemm, -1.5f, 2.0f, false, true);
   check_layer(tc, gemm_3_inputs_layer, gemm_3_inputs_out_reference, kFloatEpsilon);
 }
 
@@ -229,11 +215,11 @@ CASE(tc_batch_norm_conformance) {
   TENSOR(batch_norm_weights, batch_norm_weight_data, 1, 3, 1, 1);
   TENSOR(batch_norm_bias, batch_norm_bias_data, 1, 3, 1, 1);
   OUTPUT(batch_norm_out, 1, 3, 3, 2);
-  PLAIN_LAYER(batch_norm, BN, forward_bn, list(batch_norm_in), list(batch_norm_out),
-              list(batch_norm_weights, batch_norm_bias));
+  LAYER(batch_norm, BN, forward_bn, list(batch_norm_in), list(batch_norm_out),
+        list(batch_norm_weights, batch_norm_bias));
   check_layer(tc, batch_norm_layer, batch_norm_out_reference, kFloatEpsilon);
-  PLAIN_LAYER(no_bias, BN, forward_bn, list(batch_norm_in), list(batch_norm_out),
-              list(batch_norm_weights));
+  LAYER(no_bias, BN, forward_bn, list(batch_norm_in), list(batch_norm_out),
+        list(batch_norm_weights));
   check_layer(tc, no_bias_layer, batch_norm_no_bias_out_reference, kFloatEpsilon);
 }
 
@@ -241,7 +227,7 @@ CASE(tc_lrn_conformance) {
   TENSOR(lrn_in, lrn_in_data, 1, 7, 2, 1);
   OUTPUT(lrn_out, 1, 7, 2, 1);
   CHAIN(lrn, list(lrn_in), list(lrn_out));
-  LAYER(ai_layer_lrn, lrn, LRN, forward_lrn, 4, 1.25f, 0.5f, 0.75f);  // a window of 5
+  RECORD_LAYER(ai_layer_lrn, lrn, LRN, forward_lrn, 4, 1.25f, 0.5f, 0.75f);  // a window of 5
   check_layer(tc, lrn_layer, lrn_out_reference, kFloatEpsilon);
 }
 
@@ -249,7 +235,7 @@ CASE(tc_norm_conformance) {
   TENSOR(norm_in, norm_in_data, 1, 5, 2, 2);
   OUTPUT(norm_out, 1, 5, 2, 2);
   CHAIN(norm, list(norm_in), list(norm_out));
-  LAYER(ai_layer_norm, norm, NORM, forward_norm, AI_SHAPE_C, 2.0f, false);
+  RECORD_LAYER(ai_layer_norm, norm, NORM, forward_norm, AI_SHAPE_C, 2.0f, false);
   check_layer(tc, norm_layer, norm_out_reference, kFloatEpsilon);
 }
 
@@ -257,12 +243,12 @@ CASE(tc_norm_zero_conformance) {
   TENSOR(norm_zero_in, norm_zero_in_data, 1, 3, 2, 1);
   OUTPUT(norm_zero_out, 1, 3, 2, 1);
   CHAIN(norm_zero, list(norm_zero_in), list(norm_zero_out));
-  LAYER(ai_layer_norm, norm_zero, NORM, forward_norm, AI_SHAPE_C, 2.0f, false);
+  RECORD_LAYER(ai_layer_norm, norm_zero, NORM, forward_norm, AI_SHAPE_C, 2.0f, false);
   check_layer(tc, norm_zero_layer, norm_zero_out_reference, kFloatEpsilon);
 
   OUTPUT(norm_zero_sum_out, 1, 3, 2, 1);  // any exponent but 2 has another path
   CHAIN(norm_zero_sum, list(norm_zero_in), list(norm_zero_sum_out));
-  LAYER(ai_layer_norm, norm_zero_sum, NORM, forward_norm, AI_SHAPE_C, 1.0f, false);
+  RECORD_LAYER(ai_layer_norm, norm_zero_sum, NORM, forward_norm, AI_SHAPE_C, 1.0f, false);
   check_layer(tc, norm_zero_sum_layer, norm_zero_sum_out_reference, kFloatEpsilon);
 }
 
@@ -270,7 +256,7 @@ CASE(tc_lpNorm_height_conformance) {
   TENSOR(lp_norm_in, lp_norm_height_in_data, 1, 2, 3, 4);
   OUTPUT(lp_norm_out, 1, 2, 3, 4);
   CHAIN(lp_norm, list(lp_norm_in), list(lp_norm_out));
-  LAYER(ai_layer_norm, lp_norm, NORM, forward_norm, AI_SHAPE_H, 3.0f, false);
+  RECORD_LAYER(ai_layer_norm, lp_norm, NORM, forward_norm, AI_SHAPE_H, 3.0f, false);
   check_layer(tc, lp_norm_layer, lp_norm_height_out_reference, kFloatEpsilon);
 }
 
@@ -278,14 +264,19 @@ CASE(tc_lpNorm_width_conformance) {
   TENSOR(lp_norm_in, lp_norm_width_in_data, 1, 2, 3, 2);
   OUTPUT(lp_norm_out, 1, 2, 3, 2);
   CHAIN(lp_norm, list(lp_norm_in), list(lp_norm_out));
-  LAYER(ai_layer_norm, lp_norm, NORM, forward_norm, AI_SHAPE_W, 1.0f, true);
+  RECORD_LAYER(ai_layer_norm, lp_norm, NORM, forward_norm, AI_SHAPE_W, 1.0f, true);
   check_layer(tc, lp_norm_layer, lp_norm_width_out_reference, kFloatEpsilon);
 }
 
 CASE(tc_ap_array_pad) {
-  TENSOR(ap_array_in, ap_array_in_data, 1, 2, 4, 3);
-  OUTPUT(ap_array_out, 1, 2, 3, 2);
-  pool_func_ap_array_f32(&ap_array_in.array, 4, 3, 2, 3, 2, 2, 1, 2, 2, 3, 2, &ap_array_out.array);
+  constexpr struct {
+    uint16_t x, y;
+  } map = {4, 3}, window = {3, 2}, pad = {2, 1}, stride = {2, 2}, pooled = {3, 2};
+  constexpr uint16_t channels = 2;
+  TENSOR(ap_array_in, ap_array_in_data, 1, channels, map.x, map.y);
+  OUTPUT(ap_array_out, 1, channels, pooled.x, pooled.y);
+  pool_func_ap_array_f32(&ap_array_in.array, map.x, map.y, channels, window.x, window.y, pad.x,
+                         pad.y, stride.x, stride.y, pooled.x, pooled.y, &ap_array_out.array);
   check_near(tc, ap_array_out.storage, ap_array_out_reference, kFloatEpsilon);
 }
 

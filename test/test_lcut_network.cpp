@@ -6,18 +6,14 @@
 #include "test/fixture.hpp"
 #include "test/reference/network.h"
 
-// Fixtures, named after a stem. Dimensions are N, C, W, H; layers stand last one first.
-#define TENSOR(name, elements, ...) static constinit nnlib::tensor name({__VA_ARGS__}, elements)
+// Fixtures, named after a stem; layers stand last one first.
 // A tensor between two layers, or an input or output of the network, bound to the caller's memory.
-#define BLANK(name, ...) static constinit output_tensor<float, __VA_ARGS__> name
-#define LAYER(stem, type, forward, next, ...)                          \
-  static constinit nnlib::layer_chain stem##_layer_chain(__VA_ARGS__); \
-  static constinit ai_layer stem##_layer =                             \
-      nnlib::layer(AI_LAYER_TYPE_##type, forward, stem##_layer_chain, next)
-#define DENSE(stem, inputs, outputs, next, in, out)                  \
-  TENSOR(stem##_weights, stem##_weight_data, inputs, outputs, 1, 1); \
-  TENSOR(stem##_bias, stem##_bias_data, 1, outputs, 1, 1);           \
-  LAYER(stem, DENSE, forward_dense, next, list(in), list(out), list(stem##_weights, stem##_bias))
+#define BLANK(name, ...) OUTPUT(name, __VA_ARGS__)
+#define DENSE(stem, inputs, outputs, next, in, out)                   \
+  TENSOR(stem##_weights, stem##_weight_data, inputs, outputs, 1, 1);  \
+  TENSOR(stem##_bias, stem##_bias_data, 1, outputs, 1, 1);            \
+  LINKED_LAYER(stem, DENSE, forward_dense, next, list(in), list(out), \
+               list(stem##_weights, stem##_bias))
 #define RELU(next, in, out)                                                  \
   static constinit nnlib::layer_chain relu_layer_chain(list(in), list(out)); \
   static constinit ai_layer_nl relu_layer = {                                \
@@ -138,7 +134,7 @@ CASE(tc_net_batch_norm_conformance) {
   BLANK(net_bn_out, 1, 2, 3, 2);
   TENSOR(net_bn_weights, net_bn_weight_data, 1, 2, 1, 1);
   TENSOR(net_bn_bias, net_bn_bias_data, 1, 2, 1, 1);
-  LAYER(net_bn, BN, forward_bn, nullptr, list(net_bn_in), list(net_bn_out),
+  LAYER(net_bn, BN, forward_bn, list(net_bn_in), list(net_bn_out),
         list(net_bn_weights, net_bn_bias));
   static constinit nnlib::network net(list(net_bn_in), list(net_bn_out), net_bn_layer);
   check_network(tc, net, {{net_bn_in_data}}, net_bn_out_reference);
@@ -158,7 +154,7 @@ CASE(tc_net_soft_max_conformance) {
   BLANK(net_sm_in, 1, 3, 2, 1);
   BLANK(scores, 1, 4, 2, 1);
   BLANK(net_sm_out, 1, 4, 2, 1);
-  LAYER(softmax, SM, forward_sm, nullptr, list(scores), list(net_sm_out));
+  LAYER(softmax, SM, forward_sm, list(scores), list(net_sm_out));
   DENSE(net_sm, 3, 4, &softmax_layer, net_sm_in, scores);
   static constinit nnlib::network net(list(net_sm_in), list(net_sm_out), net_sm_layer);
   check_network(tc, net, {{net_sm_in_data}}, net_sm_out_reference);
