@@ -107,9 +107,13 @@ namespace nnlib::importer {
   X(gru)                                                                                           \
   /* Between float and quantized values, and between two quantizations */                          \
   X(quantize) X(dequantize) X(requantize)                                                          \
+  /* x (8 bits), table of its 256 results from the least input on: any unary function */           \
+  X(lookup)                                                                                        \
   X(cast)                                                                                          \
   /* Shape arithmetic, folded before anything is lowered */                                        \
-  X(shape_of) X(constant_of_shape) X(range)
+  X(shape_of) X(constant_of_shape) X(range)                                                        \
+  /* What a reader does not know {reason, way_out}: refused together with all else */              \
+  X(unknown)
 // clang-format on
 
 enum class Op : uint16_t {

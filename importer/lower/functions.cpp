@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: MIT
+// Functions of one tensor, element by element.
+#include <algorithm>
+#include <cmath>
+
+#include "importer/lower/activation.hpp"
+#include "importer/lower/quantized.hpp"
+
+namespace nnlib::importer {
+namespace {
+
+void connect(NetworkBuilder& b, const Node& node, LayerBuilder layer) {
+  Tensor& in = b.tensor(node.input(0));
+  Tensor& out = b.tensor(node.output(), in.dims);
+  layer.input(in).output(out).in_place(out, in);
+}
+
+void table_layer(NetworkBuilder& b, const Node& node, Bytes table) {
+  const ai_array_format format = format_of(b.value(node.output()).type);
+  LayerBuilder layer =
+      b.layer<ai_layer_nl>(NNLIB_LAYER_TYPE(NL), NNLIB_FUNCTION(forward_nl_integer));
+  connect(b, node, layer);
+  layer.set(NNLIB_MEMBER(ai_layer_nl, nl_params), b.parameters("table", format, std::move(table)));
+}
+
+// Bounds of relu and clip in quanta; the function changes nothing where they are those of the type.
+struct Bounds {
+  int low, high;
+};
+Bounds bounds_of(const Node& node, const Value& v) {
+  const double scale = static_cast<double>(v.quantization->scales[0]);
+  const int zero = v.quantization->zero_points[0];
+  const int least = v.type == Type::s8 ? INT8_MIN : 0;
+  const auto quanta = [&](double x) {
+    return static_cast<int>(std::clamp(std::round(x / scale) + zero, double(least), least + 255.0));
+  };
+  constexpr double kInfinity = HUGE_VAL;
+  const double low = node.op == Op::relu ? 0 : node.number("min", -kInfinity);
+  const double high = node.op == Op::relu ? kInfinity : node.number("max", kInfinity);
+  return {quanta(low), quanta(high)};
+}
+
+void clip_integer(NetworkBuilder& b, const Node& node) {
+  const Value& v = b.value(node.output());
+  const Bounds bounds = bounds_of(node, v);
+  const int least = v.type == Type::s8 ? INT8_MIN : 0;
+  if (bounds.low == least && bounds.high == least + 255) {
+    b.alias(node.output(), node.input(0));
+    return;
+  }
+  const Bytes limits = {static_cast<uint8_t>(bounds.low), static_cast<uint8_t>(bounds.high)};
+  LayerBuilder layer =
+      b.layer<ai_layer_nl>(NNLIB_LAYER_TYPE(NL), NNLIB_FUNCTION(forward_clip_integer));
+  connect(b, node, layer);
+  layer.set(NNLIB_MEMBER(ai_layer_nl, nl_params),
+            b.parameters("limits", format_of(v.type), limits));
+}
+
+void lower_integer(NetworkBuilder& b, const Node& node) {
+  const Value x = b.value(node.input(0));
+  const Value y = b.value(node.output());
+  check_activation(x);
+  check_activation(y);
+  if (same_quantization(x, y) && (node.op == Op::relu || node.op == Op::clip)) {
+    clip_integer(b, node);
+    return;
+  }
+  require(x.type == y.type, "input and output have to have the same type");
+  table_layer(b, node, unary_table(node, x, y));
+}
+
+void unary(NetworkBuilder& b, const Node& node) {
+  if (b.value(node.input(0)).type != Type::f32) {
+    lower_integer(b, node);
+    return;
+  }
+  const auto activation = activation_of(node);
+  require(activation.has_value(), "these parameters are not available");
+  LayerBuilder layer = b.layer<ai_layer_nl>(NNLIB_LAYER_TYPE(NL), activation->forward);
+  connect(b, node, layer);
+  if (!activation->parameters.empty()) {
+    layer.set(NNLIB_MEMBER(ai_layer_nl, nl_params),
+              b.parameters<float>("parameters", activation->parameters));
+  }
+}
+
+void lookup(NetworkBuilder& b, const Node& node) {
+  const Value table = b.value(node.input(1));
+  require(table.constant() && table.data->size() == 256, "the table is no constant of 256 bytes");
+  require(b.value(node.input(0)).type == b.value(node.output()).type,
+          "input and output have to have the same type");
+  table_layer(b, node, *table.data);
+}
+
+void prelu(NetworkBuilder& b, const Node& node) {
+  const Value x = b.value(node.input(0));
+  const Value slopes = b.value(node.input(1));
+  require(slopes.constant(), "slopes that are computed at run time are not available",
+          "freeze them with --freeze");
+  // The slopes repeat block by block: they are as large as the input's last dimensions.
+  Shape shape = slopes.shape;
+  while (!shape.empty() && shape.front() == 1) {
+    shape.erase(shape.begin());
+  }
+  const bool fits =
+      shape.size() <= x.shape.size() && std::equal(shape.rbegin(), shape.rend(), x.shape.rbegin());
+  require(fits, "the slopes have to have the sizes of the input's last dimensions");
+  const Dims dims = flat_dims(static_cast<uint64_t>(slopes.elements()));
+  LayerBuilder layer = b.layer<ai_layer>(NNLIB_LAYER_TYPE(NL), NNLIB_FUNCTION(forward_prelu));
+  connect(b, node, layer);
+  layer.weights(&b.constant_tensor("slopes", slopes.type, dims, *slopes.data, {}));
+}
+
+constexpr Lowering row(Op op, const char* restrictions = "") {
+  return {op, unary, kFloat | kInteger, restrictions};
+}
+constexpr Lowering table_row(Op op) {
+  return {op, unary, kInteger, "a table of 256 results"};
+}
+
+constexpr Lowering kRows[] = {
+    row(Op::abs),
+    row(Op::neg),
+    row(Op::ceil),
+    row(Op::floor),
+    row(Op::round, "halves away from zero"),
+    row(Op::reciprocal),
+    row(Op::sqrt),
+    row(Op::rsqrt),
+    row(Op::exp),
+    row(Op::log),
+    row(Op::sin),
+    row(Op::cos),
+    row(Op::tan),
+    row(Op::asin),
+    row(Op::acos),
+    row(Op::atan),
+    row(Op::sinh),
+    row(Op::cosh),
+    row(Op::tanh),
+    row(Op::asinh),
+    row(Op::acosh),
+    row(Op::atanh),
+    row(Op::erf),
+    row(Op::sigmoid),
+    row(Op::soft_plus),
+    row(Op::soft_sign),
+    row(Op::relu),
+    row(Op::clip),
+    row(Op::leaky_relu),
+    row(Op::elu),
+    row(Op::selu),
+    row(Op::thresholded_relu, "an input equal to the threshold passes"),
+    row(Op::hard_sigmoid, "float: alpha 0.2 and beta 0.5"),
+    table_row(Op::hard_swish),
+    table_row(Op::celu),
+    table_row(Op::square),
+    table_row(Op::sign),
+    table_row(Op::round_even),
+    {Op::lookup, lookup, kInteger, ""},
+    {Op::prelu, prelu, kFloat, "constant slopes as large as the input's last dimensions"},
+};
+
+}  // namespace
+
+std::span<const Lowering> function_lowerings() {
+  return kRows;
+}
+
+}  // namespace nnlib::importer

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#include "importer/lower/lowering.hpp"
+
+#include <algorithm>
+
+namespace nnlib::importer {
+
+std::vector<Lowering> lowerings() {
+  std::vector<Lowering> all;
+  for (const auto& family :
+       {convolution_lowerings(), dense_lowerings(), pool_lowerings(), elementwise_lowerings(),
+        function_lowerings(), softmax_lowerings(), shape_lowerings(), convert_lowerings()}) {
+    all.insert(all.end(), family.begin(), family.end());
+  }
+  return all;
+}
+
+const Lowering* lowering_of(Op op) {
+  static const std::vector<Lowering> all = lowerings();
+  const auto found =
+      std::find_if(all.begin(), all.end(), [op](const Lowering& row) { return row.op == op; });
+  return found == all.end() ? nullptr : &*found;
+}
+
+std::unique_ptr<Network> lower(const Graph& graph) {
+  Refusals refusals;
+  NetworkBuilder builder(graph);
+  for (const Node& node : graph.nodes) {
+    try {
+      const Lowering* row = lowering_of(node.op);
+      if (row == nullptr) {
+        throw Unsupported("this operator is not available");
+      }
+      builder.begin(node);
+      row->lower(builder, node);
+    } catch (const Unsupported& no) {
+      refusals.add(node, no.what(), no.way_out);
+    } catch (const Refused& no) {
+      refusals.add(node, no.what());
+    }
+  }
+  if (!refusals.empty()) {
+    throw Refused(refusals);
+  }
+  return builder.finish();
+}
+
+}  // namespace nnlib::importer

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+// Max and average pooling.
+#include "importer/lower/quantized.hpp"
+
+namespace nnlib::importer {
+namespace {
+
+void pool(NetworkBuilder& b, const Node& node, const Function& on_float,
+          const Function& on_integer) {
+  const Value x = b.value(node.input(0));
+  const Value y = b.value(node.output());
+  require(x.rank() == 4 && y.rank() == 4 && x.shape[0] == 1 && x.shape[3] == y.shape[3],
+          "pooling needs a map with 4 dimensions and batch 1");
+  const auto kernel = node.integers("kernel", {1, 1});
+  const auto strides = node.integers("strides", {1, 1});
+  const auto pads = node.integers("pads", {0, 0, 0, 0});
+  for (size_t i = 0; i < 2; ++i) {
+    require(kernel.at(i) > 0 && kernel[i] <= UINT16_MAX && strides.at(i) > 0 &&
+                strides[i] <= UINT16_MAX,
+            "windows and strides have to be from 1 to 65535");
+    require(pads.at(i) >= 0 && pads[i] < kernel[i], "the padding exceeds the window");
+    const int64_t last = (y.shape[i + 1] - 1) * strides[i] - pads[i];
+    require(last < x.shape[i + 1], "a window lies outside the map");
+  }
+  for (const Value* v : {&x, &y}) {
+    require(v->shape[1] <= UINT16_MAX && v->shape[2] <= UINT16_MAX && v->shape[3] <= UINT16_MAX,
+            "a dimension exceeds 65535");
+  }
+  const bool integer = x.type != Type::f32;
+  if (integer) {
+    check_activation(x);
+    check_activation(y);
+    require(x.type == y.type, "input and output have to have the same type");
+    require(node.integer("count_include_pad") == 0,
+            "counting the padding is not available for integers");
+  }
+  const auto at = [](const std::vector<int64_t>& v, size_t i) {
+    return static_cast<uint32_t>(v[i]);
+  };
+  LayerBuilder layer =
+      b.layer<ai_layer_pool>(NNLIB_LAYER_TYPE(POOL), integer ? on_integer : on_float);
+  layer.input(b.tensor(node.input(0)))
+      .output(b.tensor(node.output()))
+      .set(NNLIB_MEMBER(ai_layer_pool, pool_size), at(kernel, 1), at(kernel, 0))
+      .set(NNLIB_MEMBER(ai_layer_pool, pool_stride), at(strides, 1), at(strides, 0))
+      .set(NNLIB_MEMBER(ai_layer_pool, pool_pad),
+           {at(pads, 0), at(pads, 1), at(pads, 2), at(pads, 3)});
+  if (node.integer("count_include_pad") != 0) {
+    layer.set(NNLIB_MEMBER(ai_layer_pool, count_include_pad), uint8_t{1});
+  }
+}
+
+void max_pool(NetworkBuilder& b, const Node& node) {
+  pool(b, node, NNLIB_FUNCTION(forward_mp), NNLIB_FUNCTION(forward_mp_integer));
+}
+void average_pool(NetworkBuilder& b, const Node& node) {
+  pool(b, node, NNLIB_FUNCTION(forward_ap), NNLIB_FUNCTION(forward_ap_integer));
+}
+
+constexpr Lowering kRows[] = {
+    {Op::max_pool, max_pool, kFloat | kInteger, "over width and height"},
+    {Op::average_pool, average_pool, kFloat | kInteger,
+     "over width and height; counting the padding: float only"},
+};
+
+}  // namespace
+
+std::span<const Lowering> pool_lowerings() {
+  return kRows;
+}
+
+}  // namespace nnlib::importer

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#include "importer/lower/quantized.hpp"
+
+#include <algorithm>
+
+namespace nnlib::importer {
+namespace {
+
+bool usable(const Quantization& q) {
+  return !q.scales.empty() && q.scales.size() == q.zero_points.size() &&
+         std::all_of(q.scales.begin(), q.scales.end(),
+                     [](float s) { return s > 0 && s < 3.4e38f; });
+}
+
+}  // namespace
+
+void check_activation(const Value& v) {
+  require(v.type == Type::s8 || v.type == Type::u8,
+          "activations of type " + std::string(type_name(v.type)) + " are not available here",
+          "float, int8 and uint8 are");
+  require(v.quantization && usable(*v.quantization), "a tensor without scale");
+  require(v.quantization->per_tensor(), "activations have to have one scale");
+}
+
+Quantization check_integer_weights(const Value& x, const Value& w, const Value& y,
+                                   const Value* bias, uint32_t out_channels) {
+  check_activation(x);
+  check_activation(y);
+  require(x.type == y.type, "input and output have to have the same type");
+  require(w.type == Type::s8 || (w.type == Type::u8 && x.type == Type::u8),
+          "weights of type " + std::string(type_name(w.type)) + " for activations of type " +
+              std::string(type_name(x.type)) + " are not available");
+  require(w.quantization && usable(*w.quantization), "weights without scale");
+  const Quantization& q = *w.quantization;
+  require(q.per_tensor() || q.scales.size() == out_channels,
+          "weights have to have one scale, or one for each output channel");
+  require(w.type == Type::u8 || std::all_of(q.zero_points.begin(), q.zero_points.end(),
+                                            [](int32_t z) { return z == 0; }),
+          "int8 weights have to have zero point 0", "quantize them symmetrically");
+  require(bias == nullptr || bias->type == Type::s32, "the bias has to be int32");
+  return q;
+}
+
+}  // namespace nnlib::importer
