@@ -154,12 +154,16 @@ static inline uint32_t ai_fmt_set_float(uint32_t fmt, bool is_float) {
 static inline int32_t ai_fmt_get_ibits(uint32_t fmt) {
   return (int32_t)ai_fmt_get_bits(fmt) - ai_fmt_get_fbits(fmt) - (ai_fmt_is_signed(fmt) ? 1 : 0);
 }
-/* The format proper and the flags of a word. */
+/* The format proper and the flags of a word, both in their place; of the flags to set, only bits 25
+ * to 31 count. */
 static inline uint32_t ai_fmt_get_code(uint32_t fmt) {
   return fmt & AI_FORMAT_CODE_MASK;
 }
 static inline uint32_t ai_fmt_get_flags(uint32_t fmt) {
   return fmt & ~AI_FORMAT_CODE_MASK;
+}
+static inline uint32_t ai_fmt_set_flags(uint32_t fmt, uint32_t flags) {
+  return ai_fmt_get_code(fmt) | ai_fmt_get_flags(flags);
 }
 
 /* Points *formats at the constant list of the named formats; returns its length (28 and 12). */

@@ -1,5 +1,7 @@
 /* SPDX-License-Identifier: MIT */
-/* Helpers that declare networks as static data, for C and for C++.
+/* Helpers that declare networks as static data: macros for C11, the same as types and functions for
+ * C++ from C++17 on. A C++ source below C++17 gets neither (nor do the macros exist in C++): it
+ * takes its networks from a C source, or writes the records out.
  *
  * Strides, element counts, list sizes and list order follow from what is given. An activation has
  * the dimensions 1, channels, width, height; the order is that of the tensor records: N, C, W, H.
@@ -28,7 +30,9 @@
 #include "core/ai_network.h"
 
 /* The tensor flags that go with a format: float, fixed point when it has fractional bits, else
- * integer. */
+ * integer. Fixed point without fractional bits is the same word as an integer (Q7.0 is S8): the
+ * declaration of such a tensor gives the flags itself (AI_STATIC_TENSOR_FLAGS, the last argument of
+ * nnlib::tensor). */
 #define AI_TENSOR_FLAGS_OF(format)                             \
   (((format)&UINT32_C(0x1000000)) != 0 ? AI_TENSOR_FLAGS_FLOAT \
    : ((format)&127u) != 64u            ? AI_TENSOR_FLAGS_FIXED \
@@ -41,17 +45,22 @@
   AI_STATIC_TENSOR_Q(name, format, n, c, w, h, elements, NULL)
 
 /* The same with a quantization record, const ai_intq_info_list*. */
-#define AI_STATIC_TENSOR_Q(name, format, n, c, w, h, elements, quantization)          \
-  static ai_array name##_array = {(format), (n) * (c) * (w) * (h), (void*)(elements), \
-                                  (void*)(elements)};                                 \
-  static ai_tensor name = {                                                           \
-      (quantization),                                                                 \
-      AI_TENSOR_FLAGS_OF(format),                                                     \
-      {AI_DIMS_WORD(AI_SHAPE_TYPE, AI_SHAPE_DIMS), (uint32_t[]){(n), (c), (w), (h)}}, \
-      {AI_DIMS_WORD(AI_STRIDE_TYPE, AI_SHAPE_DIMS),                                   \
-       (uint32_t[]){AI_FORMAT_RUN_BYTES(format, 1), AI_FORMAT_RUN_BYTES(format, n),   \
-                    AI_FORMAT_RUN_BYTES(format, n) * (c),                             \
-                    AI_FORMAT_RUN_BYTES(format, n) * (c) * (w)}},                     \
+#define AI_STATIC_TENSOR_Q(name, format, n, c, w, h, elements, quantization) \
+  AI_STATIC_TENSOR_FLAGS(name, format, n, c, w, h, elements, quantization,   \
+                         AI_TENSOR_FLAGS_OF(format))
+
+/* The same with flags, AI_TENSOR_FLAGS_*, that are not those of the format. */
+#define AI_STATIC_TENSOR_FLAGS(name, format, n, c, w, h, elements, quantization, flags) \
+  static ai_array name##_array = {(format), (n) * (c) * (w) * (h), (void*)(elements),   \
+                                  (void*)(elements)};                                   \
+  static ai_tensor name = {                                                             \
+      (quantization),                                                                   \
+      (flags),                                                                          \
+      {AI_DIMS_WORD(AI_SHAPE_TYPE, AI_SHAPE_DIMS), (uint32_t[]){(n), (c), (w), (h)}},   \
+      {AI_DIMS_WORD(AI_STRIDE_TYPE, AI_SHAPE_DIMS),                                     \
+       (uint32_t[]){AI_FORMAT_RUN_BYTES(format, 1), AI_FORMAT_RUN_BYTES(format, n),     \
+                    AI_FORMAT_RUN_BYTES(format, n) * (c),                               \
+                    AI_FORMAT_RUN_BYTES(format, n) * (c) * (w)}},                       \
       &name##_array}
 
 /* A quantization record of `entries` scales (const float[]) and zero points. */
@@ -144,6 +153,11 @@ struct tensor : ai_tensor {
                    const ai_intq_info_list* quantization = nullptr)
       : tensor(format, d, elements, elements, quantization) {}
 
+  /* tensor_flags, AI_TENSOR_FLAGS_*, that are not those of the format. */
+  constexpr tensor(ai_array_format format, dims d, const void* elements,
+                   const ai_intq_info_list* quantization, uint32_t tensor_flags)
+      : tensor(format, d, elements, elements, quantization, tensor_flags) {}
+
   /* The format follows from the elements' type; format_flags is nnlib::copied or 0. */
   template <class T>
   constexpr tensor(dims d, T* elements, uint32_t format_flags = 0,
@@ -155,8 +169,12 @@ struct tensor : ai_tensor {
   /* data and data_start apart: an offset into a shared buffer, or indices and their table. */
   constexpr tensor(ai_array_format format, dims d, const void* elements, const void* start,
                    const ai_intq_info_list* quantization)
+      : tensor(format, d, elements, start, quantization, AI_TENSOR_FLAGS_OF(format)) {}
+
+  constexpr tensor(ai_array_format format, dims d, const void* elements, const void* start,
+                   const ai_intq_info_list* quantization, uint32_t tensor_flags)
       : ai_tensor{quantization,
-                  AI_TENSOR_FLAGS_OF(format),
+                  tensor_flags,
                   {AI_DIMS_WORD(AI_SHAPE_TYPE, AI_SHAPE_DIMS), shape_},
                   {AI_DIMS_WORD(AI_STRIDE_TYPE, AI_SHAPE_DIMS), stride_},
                   &array},

@@ -13,7 +13,7 @@ namespace {
 constexpr char kRuntimeRevision[] = "(rev-" NNLIB_REVISION ")";
 constexpr ai_platform_version kRuntimeVersion = {4, 1, 0, 0};
 constexpr ai_platform_version kApiVersion = {1, 1, 0, 0};
-constexpr ai_platform_version kInterfaceApiVersion = {1, 3, 0, 0};
+constexpr ai_platform_version kInterfaceApiVersion = {AI_INTERFACE_API_VERSION, 0};
 
 constexpr uint32_t pack_version(const ai_platform_version& version) {
   return version.major | static_cast<uint32_t>(version.minor) << 8 |
@@ -56,7 +56,7 @@ struct IoSide {
 
   uint32_t count() const { return ai_tensor_list_count(list); }
   ai_tensor& tensor(uint32_t i) const { return *list->tensors[i]; }
-  ai_array& array(uint32_t i) const { return *tensor(i).data; }
+  ai_array* array(uint32_t i) const { return tensor(i).data; }
   ai_buffer_cursor& cursor(uint32_t i) const { return list->info->cursors[i]; }
   bool has_cursors() const { return list->info != nullptr && list->info->cursors != nullptr; }
   bool has_buffers() const {
@@ -84,16 +84,27 @@ bool is_copied(const ai_array& array) {
   return (array.format & AI_FORMAT_FLAG_COPY) != 0;
 }
 
-// The error code of the first test that the caller's buffer fails, or 0.
+// Whether the buffer's and the tensor's items of one batch fit into the array.
+bool fits(const ai_tensor& tensor, const ai_array& array, const ai_buffer& buffer) {
+  return array.size >= buffer_elements(buffer) &&
+         ai_array_get_byte_size(array.format, array.size) >= ai_tensor_batch_bytes(&tensor);
+}
+
+bool formats_agree(const ai_array& array, const ai_buffer& buffer) {
+  return ai_fmt_get_code(ai_array_to_buffer_fmt(array.format)) == ai_fmt_get_code(buffer.format);
+}
+
+// The error code of the first test that the caller's buffer fails, or 0. A tensor without an array
+// passes those that need it: it is found when all else is right.
 uint32_t check_buffer(const ai_tensor& tensor, const ai_buffer& buffer) {
-  const ai_array& array = *tensor.data;
-  if (array.size < buffer_elements(buffer) || ai_tensor_dim(&tensor, AI_SHAPE_H) != buffer.height ||
+  const ai_array* array = tensor.data;
+  if (ai_tensor_dim(&tensor, AI_SHAPE_H) != buffer.height ||
       ai_tensor_dim(&tensor, AI_SHAPE_W) != buffer.width ||
       ai_tensor_dim(&tensor, AI_SHAPE_C) != buffer.channels ||
-      ai_array_get_byte_size(array.format, array.size) < ai_tensor_batch_bytes(&tensor)) {
+      (array != nullptr && !fits(tensor, *array, buffer))) {
     return AI_ERROR_CODE_SIZE;
   }
-  if (ai_fmt_get_code(ai_array_to_buffer_fmt(array.format)) != ai_fmt_get_code(buffer.format)) {
+  if (array != nullptr && !formats_agree(*array, buffer)) {
     return AI_ERROR_CODE_FORMAT;
   }
   if (buffer.data == nullptr) {
@@ -124,8 +135,28 @@ bool bind_buffers(ai_network& network, const IoSide& side, const ai_buffer* buff
     const uint32_t total_bytes = buffer.n_batches * batch_bytes;
     side.cursor(i) = {static_cast<uint8_t*>(buffer.data) + total_bytes, buffer.data, batch_bytes,
                       total_bytes};
-    if (!is_copied(side.array(i))) {
-      bind_array(side.array(i), buffer.data);
+    ai_array* array = side.array(i);
+    if (array != nullptr && !is_copied(*array)) {
+      bind_array(*array, buffer.data);
+    }
+  }
+  return true;
+}
+
+bool has_array(const ai_array* array) {
+  return array != nullptr;
+}
+// Or has data to copy to and from.
+bool has_memory(const ai_array* array) {
+  return array != nullptr && (array->data != nullptr || !is_copied(*array));
+}
+
+// Whether every tensor of the side has what it needs; if not, stores the error.
+bool require(bool (*met)(const ai_array*), ai_network& network, const IoSide& side) {
+  for (uint32_t i = 0, n = side.count(); i < n; ++i) {
+    if (!met(side.array(i))) {
+      core_set_error(&network.error, side.error_type, AI_ERROR_CODE_NULL_POINTER);
+      return false;
     }
   }
   return true;
@@ -139,7 +170,7 @@ void advance(ai_buffer_cursor& position) {
 
 void load_inputs(const IoSide& inputs) {
   for (uint32_t i = 0, n = inputs.count(); i < n; ++i) {
-    ai_array& array = inputs.array(i);
+    ai_array& array = *inputs.array(i);
     ai_buffer_cursor& position = inputs.cursor(i);
     if (is_copied(array)) {
       std::memmove(array.data, position.cursor, position.batch_bytes);
@@ -152,7 +183,7 @@ void load_inputs(const IoSide& inputs) {
 
 void store_outputs(const IoSide& outputs) {
   for (uint32_t i = 0, n = outputs.count(); i < n; ++i) {
-    ai_array& array = outputs.array(i);
+    ai_array& array = *outputs.array(i);
     ai_buffer_cursor& position = outputs.cursor(i);
     if (is_copied(array)) {
       std::memmove(position.cursor, array.data, position.batch_bytes);
@@ -186,12 +217,12 @@ ai_buffer describe(const ai_tensor& tensor, ai_buffer_meta_info* meta_info) {
       meta_info->intq_info = tensor.klass;
     }
   }
-  return {ai_array_to_buffer_fmt(tensor.data->format),
+  return {ai_array_to_buffer_fmt(ai_tensor_format(&tensor)),
           1,
           static_cast<uint16_t>(ai_tensor_dim(&tensor, AI_SHAPE_H)),
           static_cast<uint16_t>(ai_tensor_dim(&tensor, AI_SHAPE_W)),
           ai_tensor_dim(&tensor, AI_SHAPE_C),
-          tensor.data->data,
+          ai_tensor_data(&tensor),
           quantized ? meta_info : nullptr};
 }
 
@@ -324,7 +355,8 @@ uint16_t ai_platform_network_process(ai_handle handle, const ai_buffer* inputs,
     core_set_error(&network->error, output.error_type, AI_ERROR_CODE_SIZE);
     return 0;
   }
-  if (!bind_buffers(*network, output, outputs, batch_count)) {
+  if (!bind_buffers(*network, output, outputs, batch_count) ||
+      !require(has_memory, *network, input) || !require(has_memory, *network, output)) {
     return 0;
   }
   network->batch_count = batch_count;
@@ -351,14 +383,14 @@ bool ai_platform_api_get_network_report(ai_handle handle, ai_network_report* rep
     return false;
   }
   const IoSide input = input_side(*network);
+  const IoSide output = output_side(*network);
   const uint16_t n_inputs = describe_side(*network, input);
-  if (n_inputs == 0) {
+  const uint16_t n_outputs = n_inputs != 0 ? describe_side(*network, output) : 0;
+  if (n_inputs == 0 || (n_outputs != 0 && !require(has_array, *network, input))) {
     report->n_inputs = 0;
     return false;
   }
-  const IoSide output = output_side(*network);
-  const uint16_t n_outputs = describe_side(*network, output);
-  if (n_outputs == 0) {
+  if (n_outputs == 0 || !require(has_array, *network, output)) {
     report->n_outputs = 0;
     return false;
   }

@@ -54,6 +54,14 @@ typedef struct ai_network_report {
 /* "(rev-", 40 hexadecimal digits, ")". */
 const char* ai_platform_runtime_get_revision(void);
 
+/* The version of the interface that these headers describe, three arguments for
+ * ai_platform_network_create. */
+#define AI_INTERFACE_API_VERSION_MAJOR 1
+#define AI_INTERFACE_API_VERSION_MINOR 3
+#define AI_INTERFACE_API_VERSION_MICRO 0
+#define AI_INTERFACE_API_VERSION \
+  AI_INTERFACE_API_VERSION_MAJOR, AI_INTERFACE_API_VERSION_MINOR, AI_INTERFACE_API_VERSION_MICRO
+
 /* Versions, packed: major in bits 0-7, minor in 8-15, micro in 16-23. */
 uint32_t ai_platform_runtime_get_version(void);
 uint32_t ai_platform_api_get_version(void);
@@ -73,16 +81,19 @@ ai_error ai_platform_network_get_error(ai_handle handle);
 bool ai_platform_network_set_error(ai_handle handle, uint32_t type, uint32_t code);
 
 /* Makes the network live and stores its handle. major, minor and micro: the interface API version
- * that the network was generated for, at most 1.3.0. config is not used.
- * Returns 0, or the error, with *handle then null: (0x10, 0x10) for a null handle or
- * network, (0x30, 0x10)
- * core start-up, (0x01, 0x10) newer interface, (0x02, 0x10) custom types. */
+ * that the network was written for, at most this runtime's, which AI_INTERFACE_API_VERSION is.
+ * config is not used. Returns 0, or the error, with *handle then null: (0x10, 0x10) for a null
+ * handle or network, (0x30, 0x10) core start-up, (0x01, 0x10) newer interface, (0x02, 0x10) custom
+ * types. */
 ai_error ai_platform_network_create(ai_handle* handle, const ai_buffer* config, ai_network* network,
                                     uint8_t major, uint8_t minor, uint8_t micro);
 
-/* Gives the network its weights and activations and makes it ready to run; returns the handle, or
- * null. Errors: (0x10, 0x11) params is null, (0x10, 0x13) and (0x10, 0x12) no data for non-empty
- * activations or weights, tested in this order. An invalid handle stores no error. */
+/* Makes the network ready to run: keeps copies of the two descriptors in its record, for the report
+ * and for layers of the application's own, and tells every layer its network. No tensor is pointed
+ * into the two buffers: arrays find their memory as they were declared. A network whose arrays all
+ * have memory of their own gives empty descriptors (all 0). Returns the handle, or null. Errors:
+ * (0x10, 0x11) params is null, (0x10, 0x13) and (0x10, 0x12) no data for non-empty activations or
+ * weights, tested in this order. An invalid handle stores no error. */
 ai_handle ai_platform_network_init(ai_handle handle, const ai_network_params* params);
 
 /* Runs the network once for each batch. inputs and outputs: one descriptor for each input and
@@ -95,7 +106,9 @@ ai_handle ai_platform_network_init(ai_handle handle, const ai_network_params* pa
  *   (0x12, 0x17) no inputs, no descriptors or no cursors; then of each input in turn
  *   (0x12, 0x18) size or shape, (0x12, 0x19) format, (0x12, 0x17) null data, (0x12, 0x21) no
  *   batches;
- *   (0x13, 0x18) no outputs; then the same of the outputs, of type 0x13.
+ *   (0x13, 0x18) no outputs; then the same of the outputs, of type 0x13;
+ *   (0x12, 0x17), then (0x13, 0x17) a tensor without array, or one to copy with an array without
+ *   data.
  * Null outputs run nothing and are no error. Bindings made before a failing test stay. */
 uint16_t ai_platform_network_process(ai_handle handle, const ai_buffer* inputs,
                                      const ai_buffer* outputs);
@@ -105,8 +118,8 @@ uint16_t ai_platform_network_process(ai_handle handle, const ai_buffer* inputs,
 ai_handle ai_platform_network_destroy(ai_handle handle);
 
 /* Fills the report from runtime_revision on, but for the tool fields; true on success. Errors:
- * (0x11, 0x18) no layers, (0x12, 0x18) no inputs, (0x13, 0x18) no outputs; an invalid handle and a
- * null report store none. */
+ * (0x11, 0x18) no layers, (0x12, 0x18) no inputs, (0x13, 0x18) no outputs, (0x12, 0x17) and (0x13,
+ * 0x17) an input or output without array; an invalid handle and a null report store none. */
 bool ai_platform_api_get_network_report(ai_handle handle, ai_network_report* report);
 
 #ifdef __cplusplus

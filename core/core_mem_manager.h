@@ -11,8 +11,9 @@ extern "C" {
 
 /* Each block is preceded by one pointer-size header word that holds its own address; blocks are
  * aligned to a pointer. A pointer without a valid header before it is refused and never reaches
- * the system heap. Telling so means reading the word before a pointer-aligned p: it must be
- * mapped, as it is before anything but the first word of memory. */
+ * the system heap; so is a block that was released, as long as its memory is in no other use.
+ * Telling so means reading the word before a pointer-aligned p: it must be mapped, as it is before
+ * anything but the first word of memory. */
 
 /* A block of size bytes; null for size 0 or when the heap is exhausted. */
 void* core_mem_alloc(size_t size);

@@ -30,7 +30,8 @@ uint32_t core_ring_buffer_init(ai_ring_buffer* rb, uint16_t capacity, uint16_t s
                                void* storage);
 
 /* Releases storage of the memory manager, clears rb and returns 1; caller storage is kept, rb
- * unchanged, and 0 returned. */
+ * unchanged, and 0 returned. Whose it is tells the word before the storage, which is read: before
+ * pointer-aligned caller storage it must be mapped (core_mem_manager.h). */
 uint32_t core_ring_buffer_destroy(ai_ring_buffer* rb);
 
 /* Drops all elements. */

@@ -66,7 +66,7 @@ void write_layer(LittleEndianWriter& writer, const ai_layer& layer) {
   if (output == nullptr) {
     return;
   }
-  writer.u32(output->data->format);
+  writer.u32(ai_tensor_format(output));
   write_record(writer, output->shape);
   for (uint32_t i = 0; i < dimensions(*output); ++i) {
     writer.u32(output->shape.data[i]);

@@ -31,8 +31,8 @@ uint32_t core_utils_compute_crc32(const void* data, uint32_t length);
 /* Writes the checksum of the network's structure: magic, then type, format, shape and stride of
  * each layer's first output, then the number of layers. Addresses of the shape and stride values
  * take part, so the signature holds for one place in memory. Every layer needs its input and
- * output lists. False, with *signature 0, for a null network or when the heap is exhausted; false
- * for a null signature. */
+ * output lists; an output without array has format 0. False, with *signature 0, for a null network
+ * or when the heap is exhausted; false for a null signature. */
 bool core_utils_generate_network_signature(const ai_network* network, uint32_t* signature);
 
 #ifdef __cplusplus

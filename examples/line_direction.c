@@ -90,7 +90,7 @@ AI_STATIC_TENSOR(pooled, Q(4), 1, CLASSES, POOLED, POOLED, back);
 AI_STATIC_TENSOR(flat, Q(4), 1, CLASSES* POOLED* POOLED, 1, 1, back);
 AI_STATIC_TENSOR(weights_q, Q(6), CLASSES* POOLED* POOLED, CLASSES, 1, 1, weights);
 AI_STATIC_TENSOR(bias_q, Q(4), 1, CLASSES, 1, 1, bias);
-AI_STATIC_TENSOR(scores, Q(0), 1, CLASSES, 1, 1, front);
+AI_STATIC_TENSOR_FLAGS(scores, Q(0), 1, CLASSES, 1, 1, front, NULL, AI_TENSOR_FLAGS_FIXED);
 AI_STATIC_TENSOR(shares, Q(7), 1, CLASSES, 1, 1, NULL);
 AI_STATIC_TENSOR(scratch, AI_ARRAY_FORMAT_S16, 1, 64, 1, 1, kernel_scratch);
 
@@ -143,7 +143,7 @@ int main(void) {
   ai_handle handle = NULL;
   if (ai_conv2d_fixed_scratch_size(&conv) > sizeof(kernel_scratch) ||
       ai_dense_fixed_scratch_size(&dense) > sizeof(kernel_scratch) ||
-      ai_platform_network_create(&handle, NULL, &network, 1, 3, 0) != 0 ||
+      ai_platform_network_create(&handle, NULL, &network, AI_INTERFACE_API_VERSION) != 0 ||
       ai_platform_network_init(handle, &params) == NULL) {
     printf("error 0x%x\n", (unsigned)ai_platform_network_get_error(handle));
     return 1;

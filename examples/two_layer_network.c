@@ -101,7 +101,8 @@ static int run(const char* title, ai_network* network) {
   ai_handle handle = NULL;
 
   printf("%s\n", title);
-  const ai_error refused = ai_platform_network_create(&handle, NULL, network, 1, 3, 0);
+  const ai_error refused =
+      ai_platform_network_create(&handle, NULL, network, AI_INTERFACE_API_VERSION);
   if (refused != 0 || ai_platform_network_init(handle, &params) == NULL || report(handle) != 0 ||
       ai_platform_network_process(handle, &in, &out) != BATCHES) {
     printf("  error 0x%x\n",

@@ -11,12 +11,12 @@ namespace nnlib {
 // One direction of a convolution. Output o sees input positions start + o * stride + t * dilation
 // for the taps t inside the map. Pitches are distances in floats.
 struct ConvAxis {
-  uint32_t in;      // positions of the input map
-  uint32_t out;     // outputs to compute
-  int64_t start;    // may lie before the map
-  uint32_t stride;  // at least 1
+  uint32_t in;    // positions of the input map
+  uint32_t out;   // outputs to compute
+  int64_t start;  // may lie before the map
+  uint32_t stride;
   uint32_t taps;
-  uint32_t dilation;    // at least 1
+  uint32_t dilation;
   size_t in_pitch;      // between input positions
   size_t out_pitch;     // between outputs
   ptrdiff_t tap_pitch;  // between the weights of neighbouring taps

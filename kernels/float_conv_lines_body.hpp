@@ -19,6 +19,9 @@ inline Span complete_windows(const ConvAxis& axis) {
   if (last_start < 0) {
     return {0, 0};
   }
+  if (axis.stride == 0) {
+    return {0, axis.start < 0 ? 0 : axis.out};
+  }
   const uint32_t before = axis.start < 0 ? static_cast<uint32_t>(-axis.start) : 0;
   const uint32_t begin = before / axis.stride + (before % axis.stride != 0);
   const auto last = static_cast<uint32_t>(std::min<int64_t>(last_start, UINT32_MAX - 1));

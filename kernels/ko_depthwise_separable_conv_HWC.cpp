@@ -23,6 +23,9 @@ void adapt_weights(const IntegerConvolution& c) {
 template <class Types>
 void convolve_depthwise(const IntegerConvolution& c) {
   using Activation = typename Types::Activation;
+  if (c.geometry.out_channels == 0) {
+    return;
+  }
   convolve_adapted(c.geometry, static_cast<const Activation*>(c.in), c.bias, c.quantization,
                    static_cast<int16_t*>(c.scratch), static_cast<Activation*>(c.out));
 }

@@ -31,10 +31,14 @@ constexpr Window clip_run(int64_t start, uint32_t taps, uint32_t extent) {
           static_cast<uint32_t>(last - first)};
 }
 
-// The same for positions dilation apart (at least 1; taps * dilation below 2^32).
+// The same for positions dilation apart (taps * dilation below 2^32), with 0 all at start.
 constexpr Window clip_taps(int64_t start, uint32_t taps, uint32_t extent, uint32_t dilation) {
   if (dilation == 1) {
     return clip_run(start, taps, extent);
+  }
+  if (dilation == 0) {
+    const Window position = clip_run(start, 1, extent);
+    return {position.begin, 0, position.empty() ? 0 : taps};
   }
   const auto taps_before = [dilation](int64_t distance) -> uint32_t {
     if (distance <= 0) {
@@ -48,6 +52,15 @@ constexpr Window clip_taps(int64_t start, uint32_t taps, uint32_t extent, uint32
     return {0, 0, 0};
   }
   return {static_cast<uint32_t>(start + int64_t{first} * dilation), first, last - first};
+}
+
+// How many positions a window that covers `extent` has on a map of `length`, pads included: one
+// where only one fits, whatever the stride. A stride of 0 never leaves the first.
+constexpr uint32_t window_positions(uint32_t length, uint32_t extent, uint32_t stride) {
+  if (length < extent) {
+    return 0;
+  }
+  return stride == 0 ? 1 : (length - extent) / stride + 1;
 }
 
 // The window of one output position: it starts at index * stride - pad. Pads may exceed it.

@@ -29,9 +29,7 @@ struct Filter {
 
   // Outputs of a map of `in` positions with pad_after positions of padding behind it.
   uint32_t outputs(uint32_t in, uint32_t pad_after) const {
-    const uint32_t extent = (taps - 1) * dilation + 1;
-    const uint32_t padded = pad + in + pad_after;
-    return padded < extent ? 0 : (padded - extent) / stride + 1;
+    return window_positions(pad + in + pad_after, (taps - 1) * dilation + 1, stride);
   }
 };
 
@@ -206,13 +204,12 @@ class Nonlinearity {
     }
   }
 
-  // Applies it to count pixels, the first of them number `pixel` of the map. Leaves the array's
-  // data at its data_start.
-  void apply(ai_array& array, float* pixels, size_t pixel, size_t count, uint32_t channels) const {
+  // Applies it to the pixels of a row. Leaves the array's data at its data_start.
+  void apply(ai_array& array, float* row, size_t width, uint32_t channels) const {
     if (function_ != nullptr) {
-      for (size_t i = 0; i < count; ++i) {
-        array.data = pixels + i * channels;
-        const char* params = params_ != nullptr ? params_ + (pixel + i) % period_ * step_ : nullptr;
+      for (size_t x = 0; x < width; ++x) {
+        array.data = row + x * channels;
+        const char* params = params_ != nullptr ? params_ + x % period_ * step_ : nullptr;
         function_(&array, &array, channels, params);
       }
     }
@@ -231,8 +228,8 @@ void apply_to_rows(const ai_layer_conv2d& layer, float* out) {
   const ai_tensor& tensor = layer_output(layer.base);
   const MapDims dims = map_dims(tensor);
   for (size_t y = 0; y < dims.height; ++y) {
-    const size_t pixel = y * dims.width;
-    nonlinearity.apply(*tensor.data, out + pixel * dims.channels, pixel, dims.width, dims.channels);
+    nonlinearity.apply(*tensor.data, out + y * dims.width * dims.channels, dims.width,
+                       dims.channels);
   }
 }
 
@@ -271,7 +268,7 @@ void convolve_and_pool(const ai_layer_conv2d_nl_pool& layer, ai_array& scratch, 
       [&](uint8_t* data, uint32_t y) {
         float* row = reinterpret_cast<float*>(data);
         convolve(c, forward_positions(c.x, 0, width), forward_positions(c.y, y, 1), width, row);
-        nonlinearity.apply(scratch, row, size_t{y} * width, width, c.out_channels);
+        nonlinearity.apply(scratch, row, width, c.out_channels);
       },
       [&](uint8_t* rows, uint32_t count, uint32_t /*above*/, uint32_t y) {
         const uint32_t above = g.pad_y - std::min(g.pad_y, y * g.stride_y);
@@ -303,7 +300,10 @@ void forward_conv2d_transpose(ai_layer* layer) {
   const ai_layer_conv2d& record = layer_record<ai_layer_conv2d>(layer);
   const ai_tensor& output = layer_output(*layer);
   const MapDims out = map_dims(output);
-  const Convolution convolution = convolution_of(record, 0);
+  Convolution convolution = convolution_of(record, 0);
+  for (Filter* filter : {&convolution.x, &convolution.y}) {
+    filter->stride = std::max(filter->stride, 1u);  // 0 serves a single input position
+  }
   float* to = tensor_data<float>(output);
   for (uint32_t y = 0; y < std::min(convolution.y.stride, out.height); ++y) {
     for (uint32_t x = 0; x < std::min(convolution.x.stride, out.width); ++x) {

@@ -36,7 +36,8 @@ typedef struct ai_layer_conv2d {
   const ai_array* nl_params; /* parameters of nl_func, used when weights 2 is absent; or null */
   ai_nl_func nl_func;        /* applied to the C_out values of each pixel; null: none */
   uint32_t filter_stride[2]; /* x, y; the low 16 bits count */
-  uint32_t dilation[2];      /* x, y; the low 16 bits count; 1: neighbouring pixels */
+  uint32_t dilation[2];      /* x, y; the low 16 bits count; 1: neighbouring pixels, 0: all taps
+                                at one */
   ai_shape filter_pad;       /* 4 values: top, left, bottom, right */
 } ai_layer_conv2d;
 
@@ -53,9 +54,9 @@ typedef struct ai_layer_conv2d_nl_pool {
  *
  * nl_func gets the output array, its data pointing to the pixel, as both output and input, and
  * C_out as the size. Its params are the data of weights 2, one step of its stride[2] bytes further
- * with each pixel of the map, from the start again when the step reaches the array's end; so slopes
- * for each channel (C, 1, 1), column (C, W, 1) or position (C, W, H) all serve. nl_params does not
- * step. After each row the output array's data is set to its data_start.
+ * with each pixel of a row, from the start again when the step reaches the array's end, and in each
+ * new row; so slopes for each channel (C, 1, 1) and for each column (C, W, 1) serve. nl_params does
+ * not step. After each row the output array's data is set to its data_start.
  *
  * Index weights: scratch 0 receives the expanded weights, as many as its array has elements. */
 void forward_conv2d(ai_layer* layer); /* an ai_layer_conv2d */

@@ -15,6 +15,12 @@ struct Matrix {
   size_t columns;
   size_t row_pitch;
   size_t column_pitch;
+
+  // From (row, column) on.
+  Matrix part(size_t row, size_t column, size_t part_rows, size_t part_columns) const {
+    return {data + row * row_pitch + column * column_pitch, part_rows, part_columns, row_pitch,
+            column_pitch};
+  }
 };
 
 Matrix matrix_of(const ai_tensor& tensor, bool transposed = false) {
@@ -29,14 +35,40 @@ const ai_tensor& gemm_operand(const ai_layer& layer, uint32_t index) {
   return index < inputs ? layer_input(layer, index) : layer_weights(layer, index - inputs);
 }
 
-// y = c * beta + y * alpha, c repeated along its dimensions of 1.
-void add_scaled(const Matrix& y, const Matrix& c, float alpha, float beta) {
-  const size_t row_pitch = c.rows == 1 ? 0 : c.row_pitch;
-  const size_t column_pitch = c.columns == 1 ? 0 : c.column_pitch;
+// Dense matrices.
+bool overlap(const Matrix& a, const Matrix& b) {
+  const auto at = [](const float* p) { return reinterpret_cast<uintptr_t>(p); };
+  return at(a.data) < at(b.data + b.rows * b.columns) &&
+         at(b.data) < at(a.data + a.rows * a.columns);
+}
+
+// out = a * b
+void multiply(const Matrix& out, const Matrix& a, const Matrix& b) {
+  product_f32(out.data, out.row_pitch, {a.data, a.row_pitch, a.column_pitch},
+              {b.data, b.column_pitch, b.row_pitch}, out.rows, out.columns, a.columns);
+}
+
+// y = c * beta + sums * alpha
+void add_scaled(const Matrix& y, const Matrix& c, const Matrix& sums, float alpha, float beta) {
   for (size_t i = 0; i < y.rows; ++i) {
     for (size_t j = 0; j < y.columns; ++j) {
-      float& element = y.data[i * y.row_pitch + j];
-      element = c.data[i * row_pitch + j * column_pitch] * beta + element * alpha;
+      y.data[i * y.row_pitch + j] = c.data[i * c.row_pitch + j * c.column_pitch] * beta +
+                                    sums.data[i * sums.row_pitch + j] * alpha;
+    }
+  }
+}
+
+// Element after element: c may lie in y.
+void add_product(const Matrix& y, const Matrix& a, const Matrix& b, const Matrix& c, float alpha,
+                 float beta) {
+  constexpr size_t kPart = 64;
+  float sums[kPart];
+  for (size_t i = 0; i < y.rows; ++i) {
+    for (size_t j = 0; j < y.columns; j += kPart) {
+      const size_t count = std::min(kPart, y.columns - j);
+      const Matrix sum = {sums, 1, count, count, 1};
+      multiply(sum, a.part(i, 0, 1, a.columns), b.part(0, j, b.rows, count));
+      add_scaled(y.part(i, j, 1, count), c.part(i, j, 1, count), sum, alpha, beta);
     }
   }
 }
@@ -88,9 +120,15 @@ void forward_gemm(ai_layer* layer) {
     std::fill_n(y.data, static_cast<uint16_t>(y.rows * y.columns), 0.0f);
     return;
   }
-  product_f32(y.data, y.row_pitch, {a.data, a.row_pitch, a.column_pitch},
-              {b.data, b.column_pitch, b.row_pitch}, y.rows, y.columns, a.columns);
-  add_scaled(y, c, gemm.alpha, gemm.beta);
+  // Repeated along its dimensions of 1.
+  const Matrix added = {c.data, c.rows, c.columns, c.rows == 1 ? 0 : c.row_pitch,
+                        c.columns == 1 ? 0 : c.column_pitch};
+  if (overlap(c, y)) {
+    add_product(y, a, b, added, gemm.alpha, gemm.beta);
+  } else {
+    multiply(y, a, b);
+    add_scaled(y, added, y, gemm.alpha, gemm.beta);
+  }
 }
 
 void forward_matmul(ai_layer* layer) {

@@ -19,10 +19,12 @@ typedef struct ai_layer_gemm {
 
 /* Y = alpha * op(A) * op(B) + beta * C, every tensor a matrix of shape[3] (H) rows and shape[1] (C)
  * columns. A, B, C are the inputs, followed by the weights: three inputs; or two inputs and
- * weights 0; or input 0, weights 0 and 1. Y is output 0 and overlaps none of them.
+ * weights 0; or input 0, weights 0 and 1. Y is output 0 and overlaps neither A nor B; C may lie
+ * in Y.
  *
  * Y(i, j) = C(i, j) * beta + sum * alpha with sum = op(A)(i, k) * op(B)(k, j) over k, from 0 in
- * order. A C of one row or one column (or both) repeats along Y.
+ * order, one element of Y after the other, row by row. A C of one row or one column (or both)
+ * repeats along Y.
  *
  * Where op(A), op(B) and Y do not fit together, rows * columns modulo 65536 elements of Y are set
  * to 0: a Y that may meet with this has fewer than 65536 elements. */

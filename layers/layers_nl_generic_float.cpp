@@ -129,14 +129,16 @@ void forward_prelu(ai_layer* layer) {
   const ai_tensor& slopes = nnlib::layer_weights(*layer);
   ai_array& in = *input.data;
   ai_array& out = *nnlib::layer_output(*layer).data;
+  // The two may be one array: the positions are kept apart from its data pointer.
+  float* const from = static_cast<float*>(in.data);
+  float* const to = static_cast<float*>(out.data);
+  const ai_size size = ai_shape_elements(&input.shape);
   const ai_size block = slopes.data->size;
-  ai_size left = ai_shape_elements(&input.shape);
-  while (left > 0 && block > 0) {
-    nl_func_prelu_array_f32(&out, &in, std::min(ai_shape_elements(&slopes.shape), left),
+  for (ai_size at = 0; at < size && block > 0; at += std::min(block, size - at)) {
+    in.data = from + at;
+    out.data = to + at;
+    nl_func_prelu_array_f32(&out, &in, std::min(ai_shape_elements(&slopes.shape), size - at),
                             slopes.data->data);
-    in.data = static_cast<float*>(in.data) + block;
-    out.data = static_cast<float*>(out.data) + block;
-    left -= std::min(block, left);
   }
   in.data = in.data_start;
   out.data = out.data_start;

@@ -67,12 +67,12 @@ void nl_func_hardmax_array_f32(ai_array* out_array, const ai_array* in_array,
   const float* in = static_cast<const float*>(in_array->data);
   const ai_size group = in_shape->data[AI_SHAPE_C];
   const ai_size total = group * in_shape->data[AI_SHAPE_H];
-  std::memset(out, 0, total * sizeof(float));
   for (ai_size start = 0; start < total; start += group) {
     ai_size best = start;
     for (ai_size i = start + 1; i < start + group; ++i) {
       best = in[i] > in[best] ? i : best;
     }
+    std::memset(out + start, 0, group * sizeof(float));  // the group was read: it may be the same
     out[best] = 1.0f;
   }
 }

@@ -31,7 +31,8 @@ void nl_func_sm_array_f32(ai_array* out, ai_array* in, ai_size size, ai_size cha
 void forward_sm(ai_layer* layer);
 
 /* Of each group of shape[C] values among the first shape[C] * shape[H], 1 for the first of the
- * largest and 0 for the others. The width takes no part: tensors have width 1. Not in place. */
+ * largest and 0 for the others. The width takes no part: tensors have width 1. The output may
+ * be the input. */
 void nl_func_hardmax_array_f32(ai_array* out, const ai_array* in, const ai_shape* in_shape);
 
 /* Layer type NL: nl_func_hardmax_array_f32 by the shape of the input. */

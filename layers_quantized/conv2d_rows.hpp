@@ -43,8 +43,8 @@ inline ConvGeometry conv_geometry(const ai_layer_conv2d& layer) {
 // Of the convolution inside a fused layer, whose scratch 0 is a window of its rows.
 inline ConvGeometry fused_conv_geometry(const ai_layer_conv2d& layer) {
   ConvGeometry g = conv_geometry(layer, map_dims(layer_scratch(layer.base)).width, 0);
-  const uint32_t padded = g.in_height + g.pad_y + layer.filter_pad.data[kPadBottom];
-  g.out_height = padded < g.kernel_height ? 0 : (padded - g.kernel_height) / g.stride_y + 1;
+  g.out_height = window_positions(g.in_height + g.pad_y + layer.filter_pad.data[kPadBottom],
+                                  g.kernel_height, g.stride_y);
   return g;
 }
 

@@ -164,6 +164,9 @@ void forward_conv2d_nl_pool_fixed(ai_layer* layer) {
   const ai_layer_conv2d& conv = fused.base;
   const nnlib::FixedConvShape shape = nnlib::shape_of(conv, nnlib::fused_conv_geometry(conv));
   const nnlib::FixedConvKernel kernel = nnlib::choose_fixed_conv(shape, /*by_rows=*/true);
+  if (kernel == nnlib::FixedConvKernel::kUnsupported) {
+    core_hang();  // even without a row to make
+  }
   const nnlib::FixedConvolution whole = nnlib::convolution_of(conv, shape, kernel, 1);
   const ai_array& output = *nnlib::layer_output(*layer).data;
   nnlib::pool_convolved_rows(fused, shape.geometry, shape.bits / 8, [&](uint8_t* row, uint32_t y) {

@@ -196,7 +196,7 @@ int32_t lcut_tc_add(lcut_suite* suite, const char* name, lcut_case_function func
 }
 
 int32_t lcut_ts_add(lcut_test* test, lcut_suite* suite) {
-  if (suite == nullptr) return ENOMEM;
+  if (test == nullptr || suite == nullptr) return ENOMEM;
   list_append(test->suites, suite->links);
   ++test->suite_count;
   test->case_count += suite->case_count;
@@ -204,6 +204,7 @@ int32_t lcut_ts_add(lcut_test* test, lcut_suite* suite) {
 }
 
 void lcut_test_run(lcut_test* test, int32_t* failure_flag) {
+  if (test == nullptr) return;
   lcut_print("%s\r\n", kBanner);
   lcut_print("\033[33mUnit Test for '%s'\033[0m\r\n\r\n", test->name);
   call(test->setup);
@@ -217,6 +218,7 @@ void lcut_test_run(lcut_test* test, int32_t* failure_flag) {
 }
 
 int32_t lcut_test_report(lcut_test* test, lcut_results* results) {
+  if (test == nullptr) return 0;
   lcut_results counted = {0, 0, 0, 0};
   for_each<lcut_suite>(test->suites, [&](const lcut_suite* suite) {
     ++counted.suites;
@@ -245,6 +247,7 @@ void lcut_test_destroy(lcut_test** test) {
     std::free(mock);
   });
   list_init(_symbol_list);
+  if (*test == nullptr) return;
   for_each<lcut_suite>((*test)->suites, [](lcut_suite* suite) {
     for_each<lcut_case>(suite->cases, [](lcut_case* tc) { std::free(tc); });
     std::free(suite);

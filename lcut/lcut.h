@@ -119,18 +119,21 @@ int32_t lcut_tc_add(lcut_suite* suite, const char* name, lcut_case_function func
                     void* argument, lcut_hook setup, lcut_hook teardown);
 
 /// Appends the suite, already filled with its cases, to the test, which owns it from then on.
-/// Returns 0, or ENOMEM for a null suite, which is left out.
+/// Returns 0, or ENOMEM when one of them is null, left by a failed lcut_test_init or lcut_ts_init:
+/// a suite without a test stays the caller's.
 int32_t lcut_ts_add(lcut_test* test, lcut_suite* suite);
 
 /// Runs every case and prints its outcome. When failure_flag is not null, 1 is stored in it for
-/// each failing case; it is never cleared.
+/// each failing case; it is never cleared. A null test, here and in lcut_test_report, has nothing
+/// to run and prints nothing.
 void lcut_test_run(lcut_test* test, int32_t* failure_flag);
 
 /// Prints the summary and, when results is not null, adds the counters to it. Returns the number of
 /// characters in the closing block.
 int32_t lcut_test_report(lcut_test* test, lcut_results* results);
 
-/// Frees all mocks, then the test with its suites and cases, and stores null in *test.
+/// Frees all mocks, then the test, if it is not null, with its suites and cases, and stores null in
+/// *test.
 void lcut_test_destroy(lcut_test** test);
 
 /// Formatted print to standard output. Returns the number of characters, or a negative value.

@@ -52,7 +52,7 @@ void check_network(lcut_case* tc, ai_network& net, const Input (&inputs)[Inputs]
   }
   const ai_network_params params = {};
   ai_handle handle = nullptr;
-  ai_platform_network_create(&handle, nullptr, &net, 1, 3, 0);
+  ai_platform_network_create(&handle, nullptr, &net, AI_INTERFACE_API_VERSION);
   ai_platform_network_init(handle, &params);
   check_equal(
       tc, {batches, 0, static_cast<int64_t>(Count)},

@@ -305,24 +305,27 @@ void record_nl(ai_array* out, const ai_array* in, ai_size size, const void* para
 
 }  // namespace
 
-// The window of each pixel, and parameters that step from pixel to pixel and start again. In the
-// end the output's data is its data_start, wherever it was.
+// The window of each pixel, and parameters that step from pixel to pixel and start again after the
+// last one and in each row. In the end the output's data is its data_start, wherever it was.
 TEST(Conv2d, NonlinearityWindows) {
   Random random(5);
   const Shape s = {2, 3, 1, true, false, {4, 2, 1, 1, 0, 0}, {3, 1, 1, 1, 0, 0}};
   Data data(s, random);
-  for (const uint32_t sets : {0u, 1u, 3u, 5u, 9u}) {  // 0: nl_params
+  for (const uint32_t sets : {0u, 1u, 2u, 3u, 9u}) {  // 0: nl_params
     Layer layer(forward_conv2d, s, data, 3, 3, record_nl);
     const std::vector<float> values(27);
     nnlib::tensor params({1, 3, sets, 1}, values.data());
+    std::vector<float> rows(27);
+    nnlib::tensor window({1, 3, 3, 3}, rows.data());
     const nnlib::layer_chain chain(
         nnlib::list(layer.in), nnlib::list(layer.out),
-        nnlib::list(layer.weights, nnlib::absent, sets != 0 ? &params : nullptr));
+        nnlib::list(layer.weights, nnlib::absent, sets != 0 ? &params : nullptr),
+        nnlib::list(window));
     layer.record.base.tensor_chain = &chain;
     layer.record.nl_params = &params.array;
     std::vector<NlCall> expected;
     for (size_t pixel = 0; pixel < 9; ++pixel) {
-      const size_t set = sets != 0 ? pixel % sets : 0;
+      const size_t set = sets != 0 ? pixel % 3 % sets : 0;
       expected.push_back({layer.out_data.data() + pixel * 3, 3, values.data() + set * 3});
     }
     nl_calls.clear();
@@ -331,7 +334,66 @@ TEST(Conv2d, NonlinearityWindows) {
     layer.run();
     EXPECT_EQ(nl_calls, expected) << sets;
     EXPECT_EQ(layer.out.array.data, &start);
+
+    uint32_t pads[4] = {};
+    ai_layer_conv2d_nl_pool fused = {
+        layer.record, {1, 1}, {1, 1}, pads_of(pads), pool_func_mp_array_f32};
+    layer.out.array = {AI_ARRAY_FORMAT_FLOAT, 27, layer.out_data.data(), layer.out_data.data()};
+    for (size_t pixel = 0; pixel < 9; ++pixel) {
+      expected[pixel].out = rows.data() + pixel % 3 * 3;  // the window of one row
+    }
+    nl_calls.clear();
+    forward_conv2d_nl_pool(&fused.base.base);
+    EXPECT_EQ(nl_calls, expected) << sets << ", fused";
   }
+}
+
+// A stride of 0 stays at the first position, with a dilation of 0 all taps are at one; nothing is
+// divided by them.
+TEST(Conv2d, StrideAndDilationOfZero) {
+  Random random(6);
+  for (int i = 0; i < 300; ++i) {
+    Shape s = random_shape(random);
+    for (uint32_t* option : {&s.x.stride, &s.y.stride, &s.x.dilation, &s.y.dilation}) {
+      *option = random.pick({0, 0, 1, 2});
+    }
+    Data data(s, random);
+    const uint32_t width = 1 + random.below(4), height = 1 + random.below(4);
+    const auto expected = naive_map(s, data, height, width, naive_output);
+    with_each_instance([&] {
+      Layer layer(forward_conv2d, s, data, width, height);
+      ASSERT_TRUE(same_bits(expected, layer.run())) << testing::PrintToString(s);
+    });
+  }
+}
+
+// Where a transposed map has one input or one tap in a direction, and a fused layer one convolved
+// row, 0 serves as well as 1.
+TEST(Conv2d, ZeroWhereNoStrideOrDilationIsNeeded) {
+  Random random(7);
+  Shape s = {4, 3, 1, true, false, {1, 3, 1, 1, 1, 0}, {5, 1, 1, 1, 0, 0}};
+  Data data(s, random);
+  auto expected = naive_map(s, data, 5, 2, naive_transposed_output);
+  s.x.stride = s.y.dilation = 0;
+  EXPECT_TRUE(same_bits(expected, Layer(forward_conv2d_transpose, s, data, 2, 5).run()));
+
+  s.x = {3, 3, 0, 1, 0, 0};
+  s.y = {4, 2, 1, 2, 0, 0};
+  data = Data(s, random);
+  s.y = {3, 2, 0, 2, 0, 0};
+  expected = naive_map(s, data, 1, 1, naive_output);
+  Layer layer(forward_conv2d_nl_pool, s, data, 1, 1);
+  uint32_t pads[4] = {};
+  ai_layer_conv2d_nl_pool fused = {
+      layer.record, {1, 1}, {1, 1}, pads_of(pads), pool_func_mp_array_f32};
+  EXPECT_EQ(ai_conv2d_nl_pool_scratch_size(&fused), s.filters);
+  std::vector<float> row(s.filters);
+  nnlib::tensor window({1, s.filters, 1, 1}, row.data());
+  const nnlib::layer_chain chain(nnlib::list(layer.in), nnlib::list(layer.out),
+                                 nnlib::list(layer.weights, layer.bias), nnlib::list(window));
+  fused.base.base.tensor_chain = &chain;
+  forward_conv2d_nl_pool(&fused.base.base);
+  EXPECT_TRUE(same_bits(expected, layer.out_data));
 }
 
 namespace {

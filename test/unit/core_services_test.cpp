@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The core services against models, and with memory that is not theirs or runs out.
-// Linked with --wrap=malloc and --wrap=realloc, so that the heap can be exhausted.
+// Linked with --wrap=malloc, --wrap=realloc and --wrap=free, so that the heap can be exhausted and
+// released memory looked at.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -17,14 +18,30 @@
 
 namespace {
 bool g_exhausted = false;
+bool g_keep = false;  // the next block that is released, as it is
+void* g_kept = nullptr;
 }  // namespace
 
 extern "C" void* __real_malloc(size_t size);
 extern "C" void* __real_realloc(void* p, size_t size);
+extern "C" void __real_free(void* p);
 extern "C" void* __wrap_malloc(size_t size) {
   return g_exhausted || size > SIZE_MAX / 4 ? nullptr : __real_malloc(size);
 }
+extern "C" void __wrap_free(void* p) {
+  if (g_keep) {
+    g_keep = false;
+    g_kept = p;
+  } else {
+    __real_free(p);
+  }
+}
 extern "C" void* __wrap_realloc(void* p, size_t size) {
+  if (g_keep) {  // moved, the old block of eight words
+    g_keep = false;
+    g_kept = p;
+    return std::memcpy(__real_malloc(size), p, 8 * sizeof(void*));
+  }
   return g_exhausted || size > SIZE_MAX / 4 ? nullptr : __real_realloc(p, size);
 }
 
@@ -172,6 +189,23 @@ TEST(MemManager, RefusesMovedHeaderAndKeepsBlockThatCannotGrow) {
   EXPECT_EQ(core_mem_free(block), nullptr);
 }
 
+// A block that went back to the heap, its memory still as it was, is none any more.
+TEST(MemManager, RefusesReleasedBlock) {
+  for (const bool moved : {false, true}) {
+    void* block = core_mem_alloc(7 * sizeof(void*));
+    std::memset(block, 0x5A, 7 * sizeof(void*));
+    g_keep = true;
+    void* now = moved ? core_mem_realloc(block, 100) : core_mem_free(block);
+    EXPECT_EQ(now != nullptr, moved);
+    EXPECT_EQ(core_mem_free(block), block);
+    EXPECT_EQ(core_mem_realloc(block, 8), nullptr);
+    EXPECT_EQ(core_mem_realloc(block, 0), block);
+    EXPECT_TRUE(now == nullptr || *static_cast<uint8_t*>(now) == 0x5A);
+    EXPECT_EQ(core_mem_free(now), nullptr);
+    __real_free(g_kept);
+  }
+}
+
 uint32_t model_checksum(const std::vector<uint8_t>& bytes) {
   uint16_t sum1 = 0, sum2 = 0;
   for (size_t i = 0; i + 1 < bytes.size(); i += 2) {
@@ -217,6 +251,12 @@ TEST(Signature, CoversMagicLayersAndFirstOutputs) {
   }
   append(bytes, 3u);
   uint32_t signature = 0;
+  EXPECT_TRUE(core_utils_generate_network_signature(&net, &signature));
+  EXPECT_EQ(signature, model_checksum(bytes));
+  static_cast<ai_tensor&>(y).data = nullptr;
+  for (const ptrdiff_t format : {8, 68}) {
+    std::fill_n(bytes.begin() + format, 4, uint8_t{0});
+  }
   EXPECT_TRUE(core_utils_generate_network_signature(&net, &signature));
   EXPECT_EQ(signature, model_checksum(bytes));
   g_exhausted = true;

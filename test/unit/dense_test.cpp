@@ -155,6 +155,33 @@ TEST(Gemm, SameBitsAsTheFormula) {
   }
 }
 
+// C inside Y: every element reads what the ones before it have left.
+TEST(Gemm, AddsWhatLiesInTheOutput) {
+  Random random(6);
+  for (int i = 0; i < 200; ++i) {
+    const uint32_t rows = boundary_size(random), columns = random.pick({1, 3, 8, 33, 64, 65, 150});
+    const uint32_t depth = boundary_size(random);
+    const uint32_t c_rows = random.pick({1, rows}), c_columns = random.pick({1, columns});
+    const size_t offset = random.below(rows * columns - c_rows * c_columns + 1);
+    Matrix a(random, rows, depth), b(random, depth, columns), y(random, rows, columns);
+    std::vector<float> expected = y.data;
+    for (uint32_t element = 0; element < rows * columns; ++element) {
+      const uint32_t row = element / columns, column = element % columns;
+      float sum = 0.0f;
+      for (uint32_t k = 0; k < depth; ++k) {
+        sum += a.at(row, k) * b.at(k, column);
+      }
+      const size_t added = (c_rows == 1 ? 0 : row) * c_columns + (c_columns == 1 ? 0 : column);
+      expected[element] = expected[offset + added] * 0.6f + sum * -1.2f;
+    }
+    nnlib::tensor ta = a.tensor(), tb = b.tensor(), ty = y.tensor();
+    nnlib::tensor tc({1, c_columns, 1, c_rows}, y.data.data() + offset);
+    run_gemm({{}, -1.2f, 0.6f, 0, 0}, ta, tb, tc, ty, 3);
+    ASSERT_TRUE(same_bits(expected, y.data)) << rows << 'x' << depth << 'x' << columns << ", C "
+                                             << c_rows << 'x' << c_columns << " at " << offset;
+  }
+}
+
 // Matrices that do not fit together: zeros, as many as a counter of 16 bits says.
 TEST(Gemm, MismatchFillsWithZeros) {
   Random random(4);

@@ -452,6 +452,36 @@ TEST(FixedConvolutionLayer, FusedIsTheSequence) {
   }
 }
 
+// One convolved row needs no stride.
+TEST(FixedConvolutionLayer, FusedOfOneRowTakesStrideZero) {
+  const ConvGeometry one_row = {6, 2, 4, 2, 3, 2, 1, 0, 1, 0, 6, 1};
+  check_fused<q7_t>({one_row}, 3, {{2, 1}, {1, 1}, {0, 0, 0, 0}, 5, 1}, nullptr,
+                    pool_func_mp_array_fixed);
+}
+
+// Even when there is no row to make.
+TEST(FixedConvolutionLayer, UnsupportedFusedHangs) {
+  const auto run = [](uint32_t groups) {
+    static constinit int8_t data[64] = {};
+    static uint32_t pad[4] = {};
+    const ai_shape pads = {AI_DIMS_WORD(AI_SHAPE_TYPE, 4), pad};
+    nnlib::tensor in({1, 4, 2, 2}, data), weights({4, 1, 1, 4}, data), out({1, 4, 2, 0}, data);
+    nnlib::layer_chain chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights),
+                             nnlib::list(in, in));
+    ai_layer_conv2d_nl_pool layer = {};
+    layer.base.base =
+        nnlib::layer(AI_LAYER_TYPE_OPTIMIZED_CONV2D, forward_conv2d_nl_pool_fixed, chain);
+    layer.base.groups = groups;
+    layer.base.filter_pad = layer.pool_pad = pads;
+    layer.pool_func = pool_func_mp_array_fixed;
+    limit_cpu_time();
+    forward_conv2d_nl_pool_fixed(&layer.base.base);
+    std::exit(0);
+  };
+  EXPECT_EXIT(run(1), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(run(2), testing::KilledBySignal(SIGVTALRM), "");
+}
+
 TEST(FixedConvolutionLayer, UnsupportedHangs) {
   const auto run = [](uint32_t groups, const ai_array_format(&formats)[4]) {
     static constinit int16_t data[64] = {};

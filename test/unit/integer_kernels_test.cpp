@@ -407,6 +407,18 @@ TYPED_TEST(IntegerKernels, DepthwiseEqualsTheFormula) {
   }
 }
 
+TYPED_TEST(IntegerKernels, WithoutOutputsNothingIsWritten) {
+  const Shape whole = {4, 3, 5, 5, 1, 1, 0, 0, 1, 1, 4, 3};
+  for (uint16_t Shape::*none : {&Shape::out_width, &Shape::out_height, &Shape::out_channels}) {
+    Problem<TypeParam> p(whole, Values::kAny);
+    p.shape.*none = 0;
+    const Output<TypeParam> untouched(whole.outputs(), typename TypeParam::Activation{77});
+    for (const auto kernel : {TypeParam::basic, TypeParam::fast_1x1, TypeParam::depthwise}) {
+      this->check(untouched, 1000, [&](auto* out, void* scratch) { kernel(p, out, scratch); });
+    }
+  }
+}
+
 TYPED_TEST(IntegerKernels, FullyConnectedEqualsTheFormula) {
   for (uint16_t length : {1, 2, 5, 8, 15, 16, 17, 40, 1027}) {
     for (uint16_t rows : {1, 2, 3, 7, 8, 9, 17}) {

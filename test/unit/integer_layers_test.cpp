@@ -305,6 +305,7 @@ TEST(IntegerFusedLayer, EqualsItsPartsInSequence) {
   const ConvGeometry strided = {5, 9, 3, 5, 3, 3, 1, 2, 2, 2, 3, 6};
   const ConvGeometry pointwise = {5, 7, 4, 3, 1, 1, 0, 0, 1, 1, 5, 7};
   const ConvGeometry depthwise = {6, 8, 9, 9, 3, 3, 1, 1, 1, 1, 6, 8};
+  const ConvGeometry one_row = {6, 2, 2, 3, 3, 2, 1, 0, 1, 0, 6, 1};  // which needs no stride
   const ConvGeometry square_rgb = {6, 6, 3, 4, 3, 3, 1, 1, 1, 1, 6, 6};
   const ConvGeometry too_tall = {6, 3, 2, 3, 3, 7, 1, 1, 1, 1, 6, 0};  // no row of it fits
   for (ai_pool_func pool : {pool_func_mp_array_integer, pool_func_ap_array_integer}) {
@@ -313,6 +314,7 @@ TEST(IntegerFusedLayer, EqualsItsPartsInSequence) {
     check_fused<uint8_t, int8_t>(strided, 1, {2, 3, 1, 2, 1, 1, 4, 8}, pool, 4);
     check_fused<int8_t, int8_t>(pointwise, 1, {1, 2, 0, 0, 2, 3, 3, 2}, pool, 2);  // gaps
     check_fused<uint8_t, uint8_t>(depthwise, 9, {2, 4, 0, 1, 2, 3, 3, 3}, pool, 5);
+    check_fused<uint8_t, int8_t>(one_row, 1, {2, 1, 0, 0, 1, 1, 5, 1}, pool, 1);
     check_fused<int8_t, int8_t>(square_rgb, 1, {6, 6, 0, 0, 1, 1, 1, 1}, pool, 6);
     check_fused<uint8_t, int8_t>(too_tall, 1, {2, 2, 0, 0, 2, 2, 3, 2}, pool, 2);
   }
