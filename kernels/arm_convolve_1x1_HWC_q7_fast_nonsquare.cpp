@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/arm_convolve_1x1_HWC_q7_fast_nonsquare.h"
 
-#include "kernels/fixed_columns.hpp"
+#include "kernels/fixed_convolution.hpp"
 
 arm_status arm_convolve_1x1_HWC_q7_fast_nonsquare(
     const q7_t* Im_in, uint16_t dim_im_in_x, uint16_t dim_im_in_y, uint16_t ch_im_in,
@@ -22,6 +22,6 @@ arm_status arm_convolve_1x1_HWC_q7_fast_nonsquare(
       bias,
       {bias_shift, out_shift},
       Im_out};
-  nnlib::convolve_fixed_columns(conv, 2, bufferA);
+  nnlib::convolve_fixed(conv, 2, bufferA);
   return ARM_MATH_SUCCESS;
 }

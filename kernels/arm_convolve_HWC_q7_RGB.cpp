@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/arm_convolve_HWC_q7_RGB.h"
 
-#include "kernels/fixed_columns.hpp"
+#include "kernels/fixed_convolution.hpp"
 
 arm_status arm_convolve_HWC_q7_RGB(const q7_t* Im_in, uint16_t dim_im_in, uint16_t ch_im_in,
                                    const q7_t* wt, uint16_t ch_im_out, uint16_t dim_kernel,
@@ -19,6 +19,6 @@ arm_status arm_convolve_HWC_q7_RGB(const q7_t* Im_in, uint16_t dim_im_in, uint16
       bias,
       {bias_shift, out_shift},
       Im_out};
-  nnlib::convolve_fixed_columns(conv, 2, bufferA);
+  nnlib::convolve_fixed(conv, 2, bufferA);
   return ARM_MATH_SUCCESS;
 }

@@ -3,10 +3,6 @@
 
 #include "kernels/vector.hpp"
 
-#if NNLIB_VECTOR_WIDE
-#include <immintrin.h>
-#endif
-
 #include <algorithm>
 
 #define NNLIB_VECTOR_BODY "kernels/fixed_depthwise_body.hpp"

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Q7 depthwise convolution, by the widest vectors that the processor has.
+// Q7 depthwise convolution, by the best instruction set that the processor has.
 #ifndef NNLIB_KERNELS_FIXED_DEPTHWISE_HPP
 #define NNLIB_KERNELS_FIXED_DEPTHWISE_HPP
 
-#include "kernels/fixed_columns.hpp"
+#include "kernels/fixed_convolution.hpp"
 
 namespace nnlib {
 

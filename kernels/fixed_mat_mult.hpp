@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
-// Q7 weight rows times columns in another order or of another type than the fast product takes.
+// Q7 weight rows times columns in another order or of another type than multiply_vector takes.
 #ifndef NNLIB_KERNELS_FIXED_MAT_MULT_HPP
 #define NNLIB_KERNELS_FIXED_MAT_MULT_HPP
 
 #include <cstddef>
 
-#include "kernels/fixed_columns.hpp"
+#include "kernels/row_products.hpp"
 
 namespace nnlib {
 
-// As multiply_fixed_columns; element i of a column belongs to weight position(i) of a row.
+// The outputs of columns one behind the other; element i of a column belongs to weight position(i)
+// of a row.
 template <uint32_t Columns, class Column, class Position>
 void fixed_mat_mult(const FixedRows<q7_t>& rows, const Column* columns, Position position,
                     q7_t* out) {

@@ -3,14 +3,11 @@
 
 #include "kernels/vector.hpp"
 
-#if NNLIB_VECTOR_WIDE
-#include <immintrin.h>
-#endif
-
 #include <algorithm>
 #include <type_traits>
 
 #include "kernels/ko_requantize.hpp"
+#include "kernels/row_products.hpp"
 
 #define NNLIB_VECTOR_BODY "kernels/integer_depthwise_body.hpp"
 #include "kernels/vector_bodies.hpp"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/ko_convolve_HWC.h"
 
-#include "kernels/integer_columns.hpp"
 #include "kernels/integer_convolution.hpp"
+#include "kernels/row_products.hpp"
 
 namespace nnlib {
 namespace {
@@ -17,14 +17,14 @@ void convolve(const IntegerConvolution& c, const int32_t* bias, int32_t subtract
   using Activation = typename Types::Activation;
   const ConvGeometry& g = c.geometry;
   const KoQuantization& q = c.quantization;
-  const KoMatrix<Types> matrix = {static_cast<const typename Types::Weight*>(c.weights),
-                                  bias,
-                                  g.out_channels,
-                                  g.column_length(),
-                                  q.in_zeropoint - subtracted,
-                                  q};
-  convolve_columns(matrix, g, static_cast<const Activation*>(c.in), subtracted,
-                   static_cast<int16_t*>(c.scratch), static_cast<Activation*>(c.out));
+  const IntegerRows<Types> rows = {static_cast<const typename Types::Weight*>(c.weights),
+                                   bias,
+                                   g.out_channels,
+                                   g.column_length(),
+                                   q.in_zeropoint - subtracted,
+                                   q};
+  convolve_rows(rows, g, static_cast<const Activation*>(c.in), subtracted, 2,
+                static_cast<int16_t*>(c.scratch), static_cast<Activation*>(c.out));
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/ko_fully_connected.h"
 
-#include "kernels/integer_columns.hpp"
 #include "kernels/integer_dense.hpp"
 #include "kernels/ko_requantize.hpp"
+#include "kernels/row_products.hpp"
 
 namespace nnlib {
 
@@ -17,7 +17,7 @@ void connect(const IntegerProduct& p) {
   if (p.scratch != nullptr) {
     auto* column = static_cast<int16_t*>(p.scratch);
     widen_vector(in, p.length, q.in_zeropoint, column);
-    multiply_columns(KoMatrix<Types>{weights, p.bias, p.rows, p.length, 0, q}, column, 1, out);
+    multiply_vector(IntegerRows<Types>{weights, p.bias, p.rows, p.length, 0, q}, column, out);
     return;
   }
   for (uint32_t row = 0; row < p.rows; ++row, weights += p.length) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/ko_fxp_convolve_HWC_q15_nonsquare.h"
 
-#include "kernels/fixed_columns.hpp"
+#include "kernels/fixed_convolution.hpp"
 
 arm_status ko_fxp_convolve_HWC_q15_nonsquare(
     const q15_t* Im_in, uint16_t dim_im_in_x, uint16_t dim_im_in_y, uint16_t ch_im_in,
@@ -17,6 +17,6 @@ arm_status ko_fxp_convolve_HWC_q15_nonsquare(
       bias,
       {bias_shift, out_shift},
       Im_out};
-  nnlib::convolve_fixed_columns(conv, 2, bufferA);
+  nnlib::convolve_fixed(conv, 2, bufferA);
   return ARM_MATH_SUCCESS;
 }

@@ -10,7 +10,7 @@ arm_status ko_fxp_fully_connected_q7(const q7_t* pV, const q7_t* pM, uint16_t di
   const nnlib::FixedRows<q7_t> rows{pM, bias, num_of_rows, dim_vec, {bias_shift, out_shift}};
   if (vec_buffer != nullptr) {
     arm_q7_to_q15_no_shift(pV, vec_buffer, dim_vec);
-    nnlib::multiply_fixed_columns(rows, vec_buffer, 1, pOut);
+    nnlib::multiply_vector(rows, vec_buffer, pOut);
   } else {
     nnlib::fixed_mat_mult<1>(
         rows, pV, [](uint32_t i) { return i; }, pOut);

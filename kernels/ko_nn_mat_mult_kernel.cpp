@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/ko_nn_mat_mult_kernel.h"
 
-#include "kernels/integer_columns.hpp"
 #include "kernels/ko_requantize.hpp"
 #include "kernels/reorder.hpp"
+#include "kernels/row_products.hpp"
 
 namespace nnlib {
 namespace {
@@ -17,9 +17,11 @@ template <class Types>
 typename Types::Activation* multiply(const typename Types::Weight* weights, const int16_t* columns,
                                      uint32_t rows, uint32_t length, const KoQuantization& q,
                                      typename Types::Activation* out) {
-  const KoMatrix<Types> matrix = {weights, biases(columns, length), rows,
+  const IntegerRows<Types> all = {weights, biases(columns, length), rows,
                                   length,  q.in_zeropoint,          q};
-  return multiply_columns(matrix, columns, 2, out);
+  multiply_vector(all, columns, out);
+  multiply_vector(all, columns + length, out + rows);
+  return out + size_t{rows} * 2;
 }
 
 template <class Types>

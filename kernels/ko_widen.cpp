@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "kernels/integer_columns.hpp"
 #include "kernels/reorder.hpp"
+#include "kernels/row_products.hpp"
 
 namespace {
 

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 // Includes the kernel body NNLIB_VECTOR_BODY once for each instance; see vector.hpp. Headers that
 // the body needs come before: nothing but the body may be compiled for a wider instruction set.
+#include "kernels/instruction_set.hpp"
 #include "kernels/vector.hpp"
 
 namespace nnlib::narrow {
 #define NNLIB_LANES NNLIB_VECTOR_LANES
+#define NNLIB_SET NNLIB_NARROW_SET
 #include "kernels/vector_lanes.hpp"
 #include NNLIB_VECTOR_BODY
+#undef NNLIB_SET
 #undef NNLIB_LANES
 }  // namespace nnlib::narrow
 
@@ -20,8 +23,10 @@ namespace nnlib::narrow {
 
 namespace nnlib::wide {
 #define NNLIB_LANES 8
+#define NNLIB_SET avx2
 #include "kernels/vector_lanes.hpp"
 #include NNLIB_VECTOR_BODY
+#undef NNLIB_SET
 #undef NNLIB_LANES
 }  // namespace nnlib::wide
 

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Requantization of eight accumulators at a time, for the wide instance of kernel bodies
-// (vector.hpp): the arithmetic of requantize() in ko_requantize.hpp, bit for bit.
+// Outputs of eight sums at a time, the same bits as those of the scalar finish.
 
-#if NNLIB_LANES == 8
+#include "kernels/scalar/finish.hpp"
 
 // The values of kCount channels as 32-bit lanes, four of them twice; count of them exist.
 template <uint32_t kCount, class T>
@@ -99,5 +98,3 @@ NNLIB_ALWAYS_INLINE __m128i saturate_bytes(__m256i first, __m256i second) {
   const __m128i high = _mm256_extracti128_si256(words, 1);
   return std::is_signed_v<Activation> ? _mm_packs_epi16(low, high) : _mm_packus_epi16(low, high);
 }
-
-#endif

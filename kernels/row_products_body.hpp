@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// Body of row_products.cpp, once for each instance.
+
+#include NNLIB_PART(columns)
+
+#include "kernels/column_walk.hpp"
+
+#include NNLIB_PART(finish)
+
+#include NNLIB_PART(products)
+
+template <class Input>
+void widen_run(const Input* in, uint32_t count, int32_t subtracted, int16_t* out) {
+  widen(in, count, subtracted, out);
+}
+
+// What kPixels columns give with all rows.
+template <uint32_t kPixels, class Rows, class Data>
+void multiply_tiles(const Rows& rows, const Data& columns, typename Rows::Output* out) {
+  constexpr uint32_t kRows = kTileRows<kPixels>;
+  TileProduct<kPixels, Rows> product(rows, columns);
+  for (uint32_t row = 0; row < rows.count; row += kRows) {
+    product(row, std::min(rows.count - row, kRows), out + row);
+  }
+}
+
+template <class Rows>
+void multiply_one(const Rows& rows, const int16_t* vector, typename Rows::Output* out) {
+  multiply_tiles<1>(rows, vector, out);
+}
+
+template <class Rows>
+struct WholeRows {
+  const Rows& rows;
+  typename Rows::Output* out;
+  void operator()(const Columns& columns, size_t pixel) const {
+    if (columns.pixels() == 2) {
+      multiply_tiles<2>(rows, columns, out + pixel * rows.count);
+    } else {
+      multiply_tiles<1>(rows, columns, out + pixel * rows.count);
+    }
+  }
+};
+
+template <class Rows>
+void convolve(const Rows& rows, const ConvGeometry& g, const typename Rows::Input* in,
+              int32_t subtracted, uint32_t columns, int16_t* scratch, typename Rows::Output* out) {
+  const ColumnInputs<typename Rows::Input> inputs = {in, subtracted,
+                                                     static_cast<int16_t>(rows.column_zeropoint)};
+  if (!convolve_map(rows, g, inputs, columns, scratch, out)) {
+    for_columns(g, inputs, Columns(scratch, rows.length, columns), WholeRows<Rows>{rows, out});
+  }
+}
