@@ -4,6 +4,11 @@
 # Assertions and reports name files relative to the repository.
 set(nnlib_path_map -fmacro-prefix-map=${CMAKE_CURRENT_SOURCE_DIR}/=)
 
+# For a build without a build type that does not choose its optimisation either.
+if(NOT "${CMAKE_C_FLAGS} ${CMAKE_CXX_FLAGS}" MATCHES "(^| )-O")
+  set(nnlib_optimisation $<$<CONFIG:>:-O2>)
+endif()
+
 function(nnlib_options target)
   target_compile_features(${target} PRIVATE cxx_std_20 c_std_11)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
@@ -12,7 +17,7 @@ function(nnlib_options target)
   # Clang's pass-failed: loops that may become vectors need not.
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -ffp-contract=off
                                            $<$<CXX_COMPILER_ID:Clang>:-Wno-pass-failed>
-                                           ${nnlib_path_map})
+                                           ${nnlib_optimisation} ${nnlib_path_map})
   if(NNLIB_WERROR)
     target_compile_options(${target} PRIVATE -Werror)
   endif()

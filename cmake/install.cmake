@@ -6,6 +6,8 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/nnlib)
 install(TARGETS nnlib lcut EXPORT nnlib-targets)
 install(EXPORT nnlib-targets NAMESPACE nnlib:: DESTINATION ${package_dir})
 install(FILES nnlib.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nnlib)
+install(FILES ports/port.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nnlib/ports)
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY core kernels layers layers_quantized lcut
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nnlib FILES_MATCHING PATTERN "*.h")
 
@@ -16,6 +18,10 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/nnlib-config.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/nnlib-config-version.cmake
         DESTINATION ${package_dir})
 
+# Relative, so that the prefix may be chosen when installing.
+cmake_path(SET pkgconfig_dir NORMALIZE ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${pkgconfig_dir}
+           OUTPUT_VARIABLE prefix_from_pkgconfig)
 foreach(library nnlib lcut)
   configure_file(cmake/${library}.pc.in ${library}.pc @ONLY)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${library}.pc

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "core/core_common.h"
 
+#include "ports/port.h"
+
 bool core_init(void) {
   return true;
 }
@@ -19,11 +21,11 @@ ai_error core_get_error(ai_error* error) {
   return stored;
 }
 
-void core_fault(void) {
+NNLIB_WEAK void core_fault(void) {
   __builtin_trap();
 }
 
-void core_hang(void) {
+NNLIB_WEAK void core_hang(void) {
   // The volatile access keeps the loop: without one it could be assumed to end.
   volatile bool forever = true;
   while (forever) {

@@ -59,6 +59,9 @@ ai_error core_get_error(ai_error* error);
 #define AI_NORETURN
 #endif
 
+/* An application may define these two itself, to log, to reset or to stop a machine safely (the
+ * library's are weak, where the compiler has that). They must not return. */
+
 /* Where a violated contract (a missing tensor list, ...) ends: the processor's own trap, on a
  * hosted system a fatal signal. */
 AI_NORETURN void core_fault(void);

@@ -1,26 +1,48 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs the libraries and uses them from a stranger's project in each supported way:
-# find_package, add_subdirectory and pkg-config.
+# Uses the libraries from a stranger's project in C in each supported way, on this machine and, with
+# a toolchain file that knows nothing of them, on an emulated Cortex-M3: add_subdirectory,
+# find_package and pkg-config.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-cmake -S "$root" -B "$work/nnlib" -DCMAKE_BUILD_TYPE=Release -DNNLIB_BUILD_TESTS=OFF \
-      -DCMAKE_INSTALL_PREFIX="$work/prefix" >/dev/null
-cmake --build "$work/nnlib" -j2 --target install >/dev/null
+# use NAME COMMAND... -- OPTIONS...: builds the stranger's project with CMake's options and runs it
+# with the command before it.
+use() {
+  local name=$1 command=()
+  shift
+  while [ "$1" != -- ]; do command+=("$1"); shift; done
+  shift
+  cmake -S "$root/test/consumer" -B "$work/$name" "$@" >"$work/log" || { cat "$work/log"; return 1; }
+  cmake --build "$work/$name" -j2 >"$work/log" || { cat "$work/log"; return 1; }
+  "${command[@]}" "$work/$name/consumer" >"$work/log" || { cat "$work/log"; return 1; }
+  echo "package: $name"
+}
 
-cmake -S "$root/test/consumer" -B "$work/package" -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
-cmake --build "$work/package" >/dev/null
-"$work/package/consumer"
+# in_both_ways NAME COMMAND... -- OPTIONS...: the same from the source tree, and from what that build
+# installs.
+in_both_ways() {
+  local name=$1
+  shift
+  use "$name-subdirectory" "$@" -DNNLIB_SOURCE_DIR="$root"
+  # No build type was given.
+  grep -q -- '-O[23]' "$work/$name-subdirectory/nnlib/CMakeFiles/nnlib.dir/flags.make"
+  cmake --install "$work/$name-subdirectory" --prefix "$work/$name" >/dev/null
+  use "$name-package" "$@" -DCMAKE_PREFIX_PATH="$work/$name"
+}
 
-cmake -S "$root/test/consumer" -B "$work/subdirectory" -DNNLIB_SOURCE_DIR="$root" >/dev/null
-cmake --build "$work/subdirectory" -j2 >/dev/null
-"$work/subdirectory/consumer"
+in_both_ways host --
+in_both_ways arm qemu-system-arm -M mps2-an385 -nographic -semihosting-config \
+  enable=on,target=native -kernel -- --toolchain "$root/test/consumer/arm-none-eabi.cmake"
+grep -q 'NNLIB_PORT:STRING=cortex-m$' "$work/arm-subdirectory/CMakeCache.txt"
 
-export PKG_CONFIG_PATH=$work/prefix/lib/pkgconfig:$work/prefix/lib/$(gcc -print-multiarch)/pkgconfig
+mv "$work/host" "$work/moved"
+PKG_CONFIG_PATH=$(dirname "$(find "$work/moved" -name nnlib.pc)")
+export PKG_CONFIG_PATH
 read -ra flags <<<"$(pkg-config --cflags --libs nnlib lcut)"
 gcc -std=c11 "$root/test/consumer/main.c" "${flags[@]}" -o "$work/consumer"
-"$work/consumer"
-echo "package: find_package, add_subdirectory and pkg-config work"
+"$work/consumer" >/dev/null
+test -f "$work/moved/share/doc/nnlib/LICENSE"
+echo "package: pkg-config, after a move"

@@ -9,10 +9,11 @@ set(CMAKE_CXX_COMPILER riscv64-unknown-elf-gcc)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 set(CMAKE_EXECUTABLE_SUFFIX_C .elf)
 set(CMAKE_EXECUTABLE_SUFFIX_CXX .elf)
-set(NNLIB_PORT riscv CACHE STRING "")
+set(NNLIB_BOARD riscv)
+set(NNLIB_CLOCK_HZ 10000000 CACHE STRING "")
 
 get_filename_component(root ${CMAKE_CURRENT_LIST_DIR}/../.. ABSOLUTE)
-set(cpu "-march=rv32imac -mabi=ilp32 -DNNLIB_CLOCK_HZ=10000000")
+set(cpu "-march=rv32imac -mabi=ilp32")
 set(headers /usr/include/newlib/c++/12.2.1)
 set(CMAKE_C_FLAGS_INIT "--specs=picolibc.specs ${cpu}")
 set(CMAKE_CXX_FLAGS_INIT

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SysTick counts processor clocks; its interrupt extends the 24 bits. The handler's name is the one
-// that vector tables of this architecture expect.
+// that vector tables of this architecture expect. Where the application has a handler of that name,
+// or runs SysTick already, SysTick is the application's and this clock stands still.
 #include "ports/port.h"
-
-#ifndef NNLIB_CLOCK_HZ
-#error "NNLIB_CLOCK_HZ must give the processor's clock rate"
-#endif
 
 namespace {
 
@@ -23,19 +20,36 @@ volatile uint32_t wraps = 0;
 
 }  // namespace
 
-extern "C" void SysTick_Handler();
-void SysTick_Handler() {
+extern "C" {
+void SysTick_Handler() __attribute__((weak, alias("nnlib_count_wrap")));
+void nnlib_count_wrap();
+void nnlib_count_wrap() {
   wraps = wraps + 1;
 }
+}
 
-void port_init(void) {}
+namespace {
 
-int64_t port_ticks(void) {
-  SysTick& counter = *reinterpret_cast<SysTick*>(kSysTickAddress);
-  if ((counter.control & 1u) == 0) {
+// Whether the counter is this clock's.
+bool start(SysTick& counter) {
+  static bool started = false;
+  if (!started && SysTick_Handler == nnlib_count_wrap && (counter.control & 1u) == 0) {
+    started = true;
     counter.reload = kPeriod - 1;
     counter.value = 0;
     counter.control = kOnWithInterrupt;
+  }
+  return started;
+}
+
+}  // namespace
+
+NNLIB_WEAK void port_init(void) {}
+
+NNLIB_WEAK int64_t port_ticks(void) {
+  SysTick& counter = *reinterpret_cast<SysTick*>(kSysTickAddress);
+  if (!start(counter)) {
+    return 0;
   }
   uint32_t periods;
   uint32_t left;
@@ -47,13 +61,13 @@ int64_t port_ticks(void) {
   return int64_t{periods} * kPeriod + (left != 0 ? kPeriod - left : 0);
 }
 
-int64_t port_ticks_per_second(void) {
+NNLIB_WEAK int64_t port_ticks_per_second(void) {
   return NNLIB_CLOCK_HZ;
 }
 
-void port_pin_to_first_processor(void) {}
+NNLIB_WEAK void port_pin_to_first_processor(void) {}
 
 // A debug probe carries the whole word.
-int port_exit_status(uint32_t count) {
+NNLIB_WEAK int port_exit_status(uint32_t count) {
   return static_cast<int>(count);
 }

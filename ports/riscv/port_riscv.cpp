@@ -2,13 +2,9 @@
 // The time counter of the base architecture; the machine tells its rate in NNLIB_CLOCK_HZ.
 #include "ports/port.h"
 
-#ifndef NNLIB_CLOCK_HZ
-#error "NNLIB_CLOCK_HZ must give the rate of the time counter"
-#endif
+NNLIB_WEAK void port_init(void) {}
 
-void port_init(void) {}
-
-int64_t port_ticks(void) {
+NNLIB_WEAK int64_t port_ticks(void) {
   uint32_t high;
   uint32_t low;
   uint32_t again;
@@ -18,13 +14,13 @@ int64_t port_ticks(void) {
   return static_cast<int64_t>(uint64_t{high} << 32 | low);
 }
 
-int64_t port_ticks_per_second(void) {
+NNLIB_WEAK int64_t port_ticks_per_second(void) {
   return NNLIB_CLOCK_HZ;
 }
 
-void port_pin_to_first_processor(void) {}
+NNLIB_WEAK void port_pin_to_first_processor(void) {}
 
 // A debug probe carries the whole word.
-int port_exit_status(uint32_t count) {
+NNLIB_WEAK int port_exit_status(uint32_t count) {
   return static_cast<int>(count);
 }
