@@ -156,6 +156,10 @@ CASE(tc_formats_check_invalids) {
 }
 
 CASE(tc_formats_check_format_flags_bits) {
+  check_equal(
+      tc, {0x42840447u, 0x00840447u, 0x19821040u},
+      {ai_fmt_set_flags(0xA8840447u, 0x42000000u), ai_fmt_set_flags(0xFE840447u, 0x1234567u),
+       ai_fmt_set_flags(AI_ARRAY_FORMAT_FLOAT, ai_fmt_get_flags(0x19FFFFFFu))});
   for (const uint32_t fmt : {0x41821040u, 0x20040440u, 0x08840447u}) {
     check_equal(tc, {fmt, fmt}, {ai_array_to_buffer_fmt(fmt), ai_buffer_to_array_fmt(fmt)});
   }

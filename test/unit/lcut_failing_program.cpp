@@ -155,6 +155,7 @@ int run_without_memory() {
   lcut_print("left out %d %d\r\n", code == ENOMEM, lcut_ts_add(test, suite) == ENOMEM);
   g_allocations_left = 2;
   lcut_ts_init(&suite, "little", nullptr, nullptr);
+  lcut_print("no test %d\r\n", lcut_ts_add(nullptr, suite) == ENOMEM);
   lcut_tc_add(suite, "far", fail_far_away, nullptr, nullptr, nullptr);
   code = lcut_tc_add(suite, "none", print_argument, nullptr, nullptr, nullptr);
   lcut_print("case %d, %d in suite\r\n", code, int(suite->case_count));

@@ -84,8 +84,8 @@ TEST(LcutReport, EndsProcessOnFatalErrors) {
       {"destroyed", missing_symbol("224")},
       {"abandoned", missing_symbol("224")},
       {"without_memory",
-       no_memory + "test 11 1\r\n" + no_memory + "suite 11 1\r\nleft out 1 1\r\n" + no_memory +
-           "case 11, 1 in suite\r\n" + heading("little") + suite("little") +
+       no_memory + "test 11 1\r\n" + no_memory + "suite 11 1\r\nleft out 1 1\r\nno test 1\r\n" +
+           no_memory + "case 11, 1 in suite\r\n" + heading("little") + suite("little") +
            failed("far", kLong, 2147483647, kLong, "") + summary("1", "1", "1", "1") + no_memory},
   };
   for (const auto& r : runs) {

@@ -30,4 +30,14 @@ TEST(Runner, CountsFailingCasesInItsStatusAndTimesTheRunAlone) {
   expect_run(300, 255, "186.334");  // a status has 8 bits
 }
 
+// A program without a test: the timer's line and no failed case.
+TEST(Runner, EndsWithoutMemoryForItsTest) {
+  const std::string no_memory = "\t[LCUT]: malloc error!, errcode[11]\r\n";
+  const Outcome outcome = run_program("FAILING_CASES=memory " RUNNER_FAILING_PROGRAM);
+  EXPECT_EQ(outcome.output, no_memory + no_memory + no_memory +
+                                "[Timer NN library test unit - main timer] Total time: 0.000 "
+                                "(ms)\r\n\r\n");
+  EXPECT_EQ(outcome.status, 0);
+}
+
 }  // namespace
