@@ -6,6 +6,7 @@
 // --wrap=calloc.
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 
 #include "ports/port.h"
 #include "test/fixture.hpp"
@@ -15,16 +16,7 @@ extern "C" int64_t __wrap_port_ticks();
 extern "C" void* __real_calloc(size_t count, size_t size);
 extern "C" void* __wrap_calloc(size_t count, size_t size);
 extern "C" int32_t __real_lcut_test_report(lcut_test* test, lcut_results* results);
-extern "C" void* __wrap_calloc(size_t count, size_t size) {
-  const char* failing = std::getenv("FAILING_CASES");
-  if (failing == nullptr || std::strcmp(failing, "memory") != 0) {
-    return __real_calloc(count, size);
-  }
-  errno = EAGAIN;
-  return nullptr;
-}
-
-int32_t __wrap_lcut_test_report(lcut_test* test, lcut_results* results);
+extern "C" int32_t __wrap_lcut_test_report(lcut_test* test, lcut_results* results);
 
 namespace {
 
@@ -66,6 +58,15 @@ void add_failing(lcut_test* test) {
 
 int64_t __wrap_port_ticks() {
   return g_microseconds * (port_ticks_per_second() / kSecond);
+}
+
+void* __wrap_calloc(size_t count, size_t size) {
+  const char* failing = std::getenv("FAILING_CASES");
+  if (failing == nullptr || std::strcmp(failing, "memory") != 0) {
+    return __real_calloc(count, size);
+  }
+  errno = EAGAIN;
+  return nullptr;
 }
 
 int32_t __wrap_lcut_test_report(lcut_test* test, lcut_results* results) {
