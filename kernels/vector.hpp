@@ -18,7 +18,7 @@
 // narrow:: is what the target has anyway: 4 lanes of float32, or 1 where there is no vector unit
 // with IEEE arithmetic. wide:: is compiled for AVX2 (without fused multiply-add), 8 lanes, and runs
 // where the processor has it. A kernel keeps each output's sum sequential in either, so that all
-// instances give the same bits.
+// instances give the same bits (of a NaN, neither sign nor payload).
 #ifndef NNLIB_KERNELS_VECTOR_HPP
 #define NNLIB_KERNELS_VECTOR_HPP
 

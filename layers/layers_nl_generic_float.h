@@ -29,7 +29,8 @@ typedef struct ai_layer_nl {
  * forward_<op>. The result of an operation named like a C function is that function's; "in double"
  * means evaluated in double precision and then rounded to single. */
 
-/* Arithmetic: the same results, to the bit, on every machine.
+/* Arithmetic: the same results, to the bit, on every machine, but for the sign and payload of a NaN
+ * that an operation makes.
  *   abs, neg      x with its sign bit cleared, flipped
  *   ceil, floor   with the sign bit of x: ceil(-0.5) is -0
  *   hard_sigmoid  t = 0.2f * x + 0.5f; t > 1 ? 1 : (0 > t ? 0 : t)
