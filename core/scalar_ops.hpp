@@ -9,6 +9,8 @@
 #include <bit>
 #include <cstdint>
 
+#include "kernels/exact_math.hpp"
+
 namespace nnlib {
 
 // condition ? a : b with both computed: a choice between results, where a compiler would branch
@@ -31,7 +33,14 @@ inline float round_by(float x, Step step) {
   return select(has_fraction, copysignf(truncated + step(x, truncated), x), x);
 }
 
-// Named like the public functions. p are the parameters of an operation.
+// The library's function in double, rounded; or what gives the same bits without doubles.
+template <bool Exact = exact::kInsteadOfLibrary>
+inline float in_double(float x, double (*library)(double), float (*exact)(float)) {
+  return Exact ? exact(x) : static_cast<float>(library(static_cast<double>(x)));
+}
+
+// Named like the public functions. e is the exponential of x (see exp), p are the parameters of an
+// operation.
 struct Ops {
   static float abs(float x) { return fabsf(x); }
   static float acos(float x) { return acosf(x); }
@@ -45,12 +54,12 @@ struct Ops {
   }
   static float clip(float x, const float* p) { return at_most(x > p[0] ? x : p[0], p[1]); }
   static float cos(float x) { return cosf(x); }
-  static float cosh(float x) { return static_cast<float>(::cosh(static_cast<double>(x))); }
-  static float elu(float x, const float* p) {
-    return relu(x) + at_most_zero(p[0] * (exp(x) - 1.0f));
+  static float cosh(float x) { return in_double(x, ::cosh, exact::cosh); }
+  static float elu(float x, float e, const float* p) {
+    return relu(x) + at_most_zero(p[0] * (e - 1.0f));
   }
   static float erf(float x) { return erff(x); }
-  static float exp(float x) { return static_cast<float>(::exp(static_cast<double>(x))); }
+  static float exp(float x) { return in_double(x, ::exp, exact::exp); }
   static float floor(float x) {
     return round_by(x, [](float v, float truncated) { return select(truncated > v, -1.0f, 0.0f); });
   }
@@ -64,16 +73,16 @@ struct Ops {
   static float relu_thresholded(float x, const float* p) { return p[0] > x ? 0.0f : x; }
   static float round(float x) { return roundf(x); }
   static float rsqrt(float x) { return 1.0f / sqrtf(x); }
-  static float selu(float x, const float* p) { return p[1] * elu(x, p); }
+  static float selu(float x, float e, const float* p) { return p[1] * elu(x, e, p); }
   static float sigmoid(float x) { return 1.0f / (1.0f + exp(-x)); }
   static float sign(float x) { return x > 0.0f ? 1.0f : -1.0f; }
   static float sin(float x) { return sinf(x); }
-  static float sinh(float x) { return static_cast<float>(::sinh(static_cast<double>(x))); }
-  static float soft_plus(float x) { return logf(exp(x) + 1.0f); }
+  static float sinh(float x) { return in_double(x, ::sinh, exact::sinh); }
+  static float soft_plus(float e) { return logf(e + 1.0f); }
   static float soft_sign(float x) { return x / (1.0f + fabsf(x)); }
   static float sqrt(float x) { return sqrtf(x); }
   static float tan(float x) { return tanf(x); }
-  static float tanh(float x) { return static_cast<float>(::tanh(static_cast<double>(x))); }
+  static float tanh(float x) { return in_double(x, ::tanh, exact::tanh); }
 
  private:
   static float at_most(float x, float hi) { return x < hi ? x : hi; }

@@ -5,8 +5,10 @@
 #include <cstdint>
 
 #include "core/scalar_ops.hpp"
+#include "kernels/exact_arrays.hpp"
 #include "kernels/vector.hpp"
 #include "layers/layer_tensors.hpp"
+#include "layers/overlap.hpp"
 
 namespace {
 
@@ -24,9 +26,7 @@ void map(ai_array* out_array, const ai_array* in_array, ai_size size, Op op) {
   float* out = static_cast<float*>(out_array->data);
   const float* in = static_cast<const float*>(in_array->data);
   if constexpr (Block > 1) {
-    const uintptr_t lead = reinterpret_cast<uintptr_t>(in) - reinterpret_cast<uintptr_t>(out);
-    const uintptr_t distance = std::min(lead, uintptr_t{0} - lead);
-    if (distance == 0 || distance >= Block * sizeof(float)) {
+    if (nnlib::same_or_apart(out, in, Block)) {
       for (; size >= Block; size -= Block) {
         const ai_size start = size - Block;
         NNLIB_INDEPENDENT
@@ -39,6 +39,43 @@ void map(ai_array* out_array, const ai_array* in_array, ai_size size, Op op) {
   for (; size > 0; --size) {
     out[size - 1] = op(in[size - 1], size - 1);
   }
+}
+
+// A function with a form for arrays.
+struct Exp {
+  static float of(float x) { return Ops::exp(x); }
+  static constexpr auto of_array = nnlib::exp_f32;
+};
+struct Sigmoid {
+  static float of(float x) { return Ops::sigmoid(x); }
+  static constexpr auto of_array = nnlib::sigmoid_f32;
+};
+struct Tanh {
+  static float of(float x) { return Ops::tanh(x); }
+  static constexpr auto of_array = nnlib::tanh_f32;
+};
+
+// out[i] = op(in[i], Function::of(in[i])), as map.
+template <class Function, class Op>
+void map_of(ai_array* out_array, const ai_array* in_array, ai_size size, Op op) {
+  if constexpr (nnlib::kHasExactArrays) {
+    float* out = static_cast<float*>(out_array->data);
+    const float* in = static_cast<const float*>(in_array->data);
+    float of_in[kVector];
+    if (nnlib::same_or_apart(out, in, kVector)) {
+      while (size > 0) {
+        const ai_size count = std::min(size, kVector);
+        size -= count;
+        Function::of_array(of_in, in + size, count);
+        for (ai_size k = 0; k < count; ++k) {
+          out[size + k] = op(in[size + k], of_in[k]);
+        }
+      }
+      return;
+    }
+  }
+  map<kSingle>(out_array, in_array, size,
+               [op](float x, ai_size /*index*/) { return op(x, Function::of(x)); });
 }
 
 // The element-wise layer: every element of the input's shape.
@@ -67,26 +104,49 @@ void run_with_parameters(ai_layer* layer, ai_nl_func kernel) {
                                 const void* /*params*/) {                             \
     map<block>(out, in, size, [](float x, ai_size /*index*/) { return Ops::op(x); }); \
   }
-#define DEFINE_FORWARD(op)                          \
-  void forward_##op(ai_layer* layer) {              \
-    run(*layer, nl_func_##op##_array_f32, nullptr); \
+#define DEFINE_KERNEL_OF(op, Function, result)                                      \
+  void nl_func_##op##_array_f32(ai_array* out, const ai_array* in, ai_size size,    \
+                                const void* /*params*/) {                           \
+    map_of<Function>(out, in, size, [](float /*x*/, float y) { return (result); }); \
   }
-#define DEFINE_ARITHMETIC_OP(op) DEFINE_KERNEL(op, kVector) DEFINE_FORWARD(op)
-#define DEFINE_LIBRARY_OP(op) DEFINE_KERNEL(op, kSingle) DEFINE_FORWARD(op)
-#define DEFINE_PARAMETER_OP(op)                                                             \
+#define DEFINE_PARAMETER_KERNEL(op)                                                         \
   void nl_func_##op##_array_f32(ai_array* out, const ai_array* in, ai_size size,            \
                                 const void* params) {                                       \
     const float* p = static_cast<const float*>(params);                                     \
     map<kVector>(out, in, size, [p](float x, ai_size /*index*/) { return Ops::op(x, p); }); \
-  }                                                                                         \
-  void forward_##op(ai_layer* layer) {                                                      \
-    run_with_parameters(layer, nl_func_##op##_array_f32);                                   \
   }
+#define DEFINE_EXP_PARAMETER_KERNEL(op)                                             \
+  void nl_func_##op##_array_f32(ai_array* out, const ai_array* in, ai_size size,    \
+                                const void* params) {                               \
+    const float* p = static_cast<const float*>(params);                             \
+    map_of<Exp>(out, in, size, [p](float x, float e) { return Ops::op(x, e, p); }); \
+  }
+#define DEFINE_FORWARD(op)                          \
+  void forward_##op(ai_layer* layer) {              \
+    run(*layer, nl_func_##op##_array_f32, nullptr); \
+  }
+#define DEFINE_PARAMETER_FORWARD(op)                      \
+  void forward_##op(ai_layer* layer) {                    \
+    run_with_parameters(layer, nl_func_##op##_array_f32); \
+  }
+#define DEFINE_ARITHMETIC_KERNEL(op) DEFINE_KERNEL(op, kVector)
+#define DEFINE_LIBRARY_KERNEL(op) DEFINE_KERNEL(op, kSingle)
 
-AI_NL_ARITHMETIC_OPS(DEFINE_ARITHMETIC_OP)
-AI_NL_LIBRARY_OPS(DEFINE_LIBRARY_OP)
-AI_NL_PARAMETER_OPS(DEFINE_PARAMETER_OP)
-DEFINE_KERNEL(relu, kVector)
+AI_NL_ARITHMETIC_OPS(DEFINE_ARITHMETIC_KERNEL)
+AI_NL_LIBRARY_OPS(DEFINE_LIBRARY_KERNEL)
+AI_NL_PARAMETER_OPS(DEFINE_PARAMETER_KERNEL)
+AI_NL_EXP_PARAMETER_OPS(DEFINE_EXP_PARAMETER_KERNEL)
+DEFINE_KERNEL_OF(exp, Exp, y)
+DEFINE_KERNEL_OF(sigmoid, Sigmoid, y)
+DEFINE_KERNEL_OF(soft_plus, Exp, Ops::soft_plus(y))
+DEFINE_KERNEL_OF(tanh, Tanh, y)
+DEFINE_ARITHMETIC_KERNEL(relu)
+
+AI_NL_ARITHMETIC_OPS(DEFINE_FORWARD)
+AI_NL_LIBRARY_OPS(DEFINE_FORWARD)
+AI_NL_EXP_OPS(DEFINE_FORWARD)
+AI_NL_PARAMETER_OPS(DEFINE_PARAMETER_FORWARD)
+AI_NL_EXP_PARAMETER_OPS(DEFINE_PARAMETER_FORWARD)
 
 void nl_func_relu_generic_array_f32(ai_array* out, const ai_array* in, ai_size size,
                                     const void* params) {

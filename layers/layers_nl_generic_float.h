@@ -52,10 +52,7 @@ typedef struct ai_layer_nl {
   X(soft_sign)                  \
   X(sqrt)
 
-/* As accurate as the math library.
- *   cosh, exp, sinh, tanh  in double
- *   sigmoid                1 / (1 + exp(-x)), the exponential in double
- *   soft_plus              log(exp(x) + 1), the exponential in double */
+/* As accurate as the math library. cosh and sinh in double. */
 #define AI_NL_LIBRARY_OPS(X) \
   X(acos)                    \
   X(acosh)                   \
@@ -66,25 +63,33 @@ typedef struct ai_layer_nl {
   X(cos)                     \
   X(cosh)                    \
   X(erf)                     \
-  X(exp)                     \
   X(log)                     \
-  X(sigmoid)                 \
   X(sin)                     \
   X(sinh)                    \
-  X(soft_plus)               \
-  X(tan)                     \
+  X(tan)
+
+/* Built on exp and tanh in double.
+ *   exp, tanh
+ *   sigmoid    1 / (1 + exp(-x))
+ *   soft_plus  log(exp(x) + 1) */
+#define AI_NL_EXP_OPS(X) \
+  X(exp)                 \
+  X(sigmoid)             \
+  X(soft_plus)           \
   X(tanh)
 
 /* With parameters, which a layer takes from its nl_params.
  *   clip {lo, hi}                 m = x > lo ? x : lo; m < hi ? m : hi. ReLU6 is clip {0, 6}
- *   elu {alpha}                   e = alpha * (exp(x) - 1), the exponential in double;
- *                                 (0 > x ? 0 : x) + (e > 0 ? 0 : e)
- *   relu_thresholded {threshold}  threshold > x ? 0 : x
- *   selu {alpha, gamma}           gamma * elu(x) */
+ *   relu_thresholded {threshold}  threshold > x ? 0 : x */
 #define AI_NL_PARAMETER_OPS(X) \
   X(clip)                      \
-  X(elu)                       \
-  X(relu_thresholded)          \
+  X(relu_thresholded)
+
+/* With parameters, and the exponential in double.
+ *   elu {alpha}          e = alpha * (exp(x) - 1); (0 > x ? 0 : x) + (e > 0 ? 0 : e)
+ *   selu {alpha, gamma}  gamma * elu(x) */
+#define AI_NL_EXP_PARAMETER_OPS(X) \
+  X(elu)                           \
   X(selu)
 
 #define AI_NL_DECLARE_(op)                                                       \
@@ -93,7 +98,9 @@ typedef struct ai_layer_nl {
   void forward_##op(ai_layer* layer);
 AI_NL_ARITHMETIC_OPS(AI_NL_DECLARE_)
 AI_NL_LIBRARY_OPS(AI_NL_DECLARE_)
+AI_NL_EXP_OPS(AI_NL_DECLARE_)
 AI_NL_PARAMETER_OPS(AI_NL_DECLARE_)
+AI_NL_EXP_PARAMETER_OPS(AI_NL_DECLARE_)
 #undef AI_NL_DECLARE_
 
 /* 0 > x ? 0 : x. Without parameters. */

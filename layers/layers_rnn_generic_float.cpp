@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/core_mem_manager.h"
+#include "kernels/exact_arrays.hpp"
 #include "kernels/float_product.hpp"
 #include "kernels/vector.hpp"
 #include "layers/layer_tensors.hpp"
@@ -26,7 +27,24 @@ void for_unit_blocks(uint32_t units, Function function) {
   }
 }
 
+using ArrayFunction = void (*)(float* out, const float* in, size_t count);
+
+// What computes many at once, or null. (A target without would link the functions in vain.)
+ArrayFunction of_arrays(ai_activation_fn activation) {
+  if constexpr (kHasExactArrays) {
+    return activation == ai_math_sigmoid ? sigmoid_f32
+           : activation == ai_math_tanh  ? tanh_f32
+           : activation == ai_math_exp   ? exp_f32
+                                         : nullptr;
+  }
+  return nullptr;
+}
+
 void activate(ai_activation_fn activation, float* values, uint32_t count) {
+  if (const ArrayFunction function = of_arrays(activation); function != nullptr) {
+    function(values, values, count);
+    return;
+  }
   for (uint32_t i = 0; i < count; ++i) {
     values[i] = activation(values[i]);
   }

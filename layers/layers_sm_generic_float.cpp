@@ -6,7 +6,33 @@
 
 #include "core/ai_math_helpers.h"
 #include "core/scalar_ops.hpp"
+#include "kernels/exact_arrays.hpp"
 #include "layers/layer_tensors.hpp"
+#include "layers/overlap.hpp"
+
+namespace {
+
+// out[i] = exp(in[i] - largest); returns their sum, from 0 in order.
+float exponentials(float* out, const float* in, ai_size count, float largest) {
+  float sum = 0.0f;
+  if (nnlib::kHasExactArrays && nnlib::same_or_apart(out, in, count)) {
+    for (ai_size i = 0; i < count; ++i) {
+      out[i] = in[i] - largest;
+    }
+    nnlib::exp_f32(out, out, count);
+    for (ai_size i = 0; i < count; ++i) {
+      sum += out[i];
+    }
+    return sum;
+  }
+  for (ai_size i = 0; i < count; ++i) {
+    out[i] = nnlib::Ops::exp(in[i] - largest);
+    sum += out[i];
+  }
+  return sum;
+}
+
+}  // namespace
 
 void nl_func_sm_channel_f32(ai_array* out_array, const ai_array* in_array, ai_size channels) {
   if (channels == 0) {
@@ -18,12 +44,7 @@ void nl_func_sm_channel_f32(ai_array* out_array, const ai_array* in_array, ai_si
   for (ai_size i = 1; i < channels; ++i) {
     largest = largest > in[i] ? largest : in[i];
   }
-  float sum = 0.0f;
-  for (ai_size i = 0; i < channels; ++i) {
-    out[i] = nnlib::Ops::exp(in[i] - largest);
-    sum += out[i];
-  }
-  const float scale = 1.0f / sum;
+  const float scale = 1.0f / exponentials(out, in, channels, largest);
   for (ai_size i = 0; i < channels; ++i) {
     out[i] *= scale;
   }
