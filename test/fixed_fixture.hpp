@@ -15,7 +15,7 @@ template <class T, size_t Count>
 void check_fixed_layer(lcut_case* tc, ai_layer& layer, const float (&reference)[Count],
                        float tolerance, Site site = CALLING_SITE) {
   const ai_array& output = first_output(layer);
-  layer.forward(&layer);
+  ai_layers_forward_layer(&layer);
   lcut_int_equal(tc, static_cast<int32_t>(Count), static_cast<int32_t>(output.size), site.line,
                  site.function, site.file);
   const int32_t fraction_bits = ai_fmt_get_fbits(output.format);

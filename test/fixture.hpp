@@ -168,7 +168,7 @@ void check_layer(lcut_case* tc, Layer& layer_record, const float (&reference)[Co
                  float tolerance, Site site = CALLING_SITE) {
   ai_layer& base = base_of(layer_record);
   const ai_array& output = first_output(base);
-  base.forward(&base);
+  ai_layers_forward_layer(&base);
   lcut_int_equal(tc, static_cast<int32_t>(Count), static_cast<int32_t>(output.size), site.line,
                  site.function, site.file);
   check_near(tc, static_cast<const float*>(output.data), reference, tolerance, 1.0f, site);

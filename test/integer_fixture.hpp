@@ -10,7 +10,7 @@ template <class T, size_t Count, class Layer>
 const T* run_integer_layer(lcut_case* tc, Layer& layer_record, Site site) {
   ai_layer& base = base_of(layer_record);
   const ai_array& output = first_output(base);
-  base.forward(&base);
+  ai_layers_forward_layer(&base);
   lcut_int_equal(tc, static_cast<int32_t>(Count), static_cast<int32_t>(output.size), site.line,
                  site.function, site.file);
   return static_cast<const T*>(output.data);

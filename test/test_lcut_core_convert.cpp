@@ -44,7 +44,7 @@ struct Conversion {
 template <class In, class Out, size_t Count>
 void check(lcut_case* tc, Conversion<In, Out, Count>& fixture, const Out (&out_reference)[Count],
            const In (&in_after)[Count], Site site = CALLING_SITE) {
-  fixture.layer.forward(&fixture.layer);
+  ai_layers_forward_layer(&fixture.layer);
   check_near_int(tc, fixture.out.storage, out_reference, 0, site);
   check_near(tc, fixture.in_data, in_after, 0.0f, 1.0f, site);
 }

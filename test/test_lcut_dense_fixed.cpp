@@ -50,7 +50,7 @@ CASE(tc_dense_Wq7Aq15_conformance) {
 CASE(tc_dense_q7_neg_conformance) {
   static constinit Dense<int8_t, int8_t> dense({1, 1, 1, 3}, dense_q7_neg_in_data,
                                                dense_q7_neg_weight_data, dense_q7_neg_bias_data);
-  forward_dense_fixed(&dense.layer);
+  ai_layers_forward_layer(&dense.layer);
   check_near_int(tc, dense.out.storage, dense_q7_neg_out_reference, 0);
 }
 

@@ -24,7 +24,7 @@ void run_lstm(ai_tensor& lstm_out, bool go_backwards,
   const ai_layer base = nnlib::layer(AI_LAYER_TYPE_LSTM, forward_lstm, lstm_layer_chain);
   ai_layer_lstm lstm_layer = {
       base, 2, ai_math_tanh, ai_math_hard_sigmoid, out_activation, go_backwards, false};
-  lstm_layer.base.forward(&lstm_layer.base);
+  ai_layers_forward_layer(&lstm_layer.base);
 }
 
 template <uint32_t Steps, size_t Count>
