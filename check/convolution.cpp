@@ -24,19 +24,19 @@ ConvolutionWays check_ways(LayerCheck& check) {
   const Pads pads = check_pads(check, conv.filter_pad, "filter_pad");
   const auto low = [](uint32_t word) { return uint64_t{word & 0xFFFFu}; };
   const bool dilates = is_kind(check, 'f');
-  ConvolutionWays ways = {
-      {check.sizes['W'], check.sizes['x'], low(conv.filter_stride[0]),
-       dilates ? low(conv.dilation[0]) : 1, pads.left, pads.right},
-      {check.sizes['H'], check.sizes['y'], low(conv.filter_stride[1]),
-       dilates ? low(conv.dilation[1]) : 1, pads.top, pads.bottom},
-      pads.present};
+  ConvolutionWays ways = {{check.sizes['W'], check.sizes['x'], low(conv.filter_stride[0]),
+                           dilates ? low(conv.dilation[0]) : 1, pads.left, pads.right},
+                          {check.sizes['H'], check.sizes['y'], low(conv.filter_stride[1]),
+                           dilates ? low(conv.dilation[1]) : 1, pads.top, pads.bottom},
+                          pads.present};
   ways.moves &= check_u16(check, ways.x.stride, "the filter's stride in x");
   ways.moves &= check_u16(check, ways.y.stride, "the filter's stride in y");
   ways.moves &= check_u16(check, ways.x.dilation, "the dilation in x");
   ways.moves &= check_u16(check, ways.y.dilation, "the dilation in y");
   for (uint32_t i = 0; !dilates && i < 2; ++i) {
     if (conv.dilation[i] > 1) {
-      Finding(check.report()) << "the dilation in " << "xy"[i] << " is " << conv.dilation[i]
+      Finding(check.report()) << "the dilation in "
+                              << "xy"[i] << " is " << conv.dilation[i]
                               << ", the function knows only 1";
     }
   }
@@ -193,10 +193,10 @@ void check_fused_convolution(LayerCheck& check) {
   const auto& fused = check.record<ai_layer_conv2d_nl_pool>();
   check_pool_function(check, fused.pool_func);
   const Pads pads = check_pads(check, fused.pool_pad, "pool_pad");
-  const WindowWay x = {ways.x.outputs(), fused.pool_size[0], fused.pool_stride[0],
-                       1,                pads.left,          pads.right};
-  const WindowWay y = {ways.y.outputs(), fused.pool_size[1], fused.pool_stride[1],
-                       1,                pads.top,           pads.bottom};
+  const WindowWay x = {ways.x.outputs(), fused.pool_size[0], fused.pool_stride[0], 1,
+                       pads.left,        pads.right};
+  const WindowWay y = {ways.y.outputs(), fused.pool_size[1], fused.pool_stride[1], 1,
+                       pads.top,         pads.bottom};
   check_pooling_ways(check, x, y, ways.moves && pads.present);
 }
 

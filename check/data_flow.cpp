@@ -241,9 +241,8 @@ class DataFlow {
     visit_list(layer.tensor_chain, AI_CHAIN_OUTPUT, place, [&](const TensorUse& output) {
       ++outputs;
       used = used || is_read(output, place + 1);
-      each_io(AI_CHAIN_OUTPUT, [&](const TensorUse& read) {
-        used = used || memory(read).overlaps(memory(output));
-      });
+      each_io(AI_CHAIN_OUTPUT,
+              [&](const TensorUse& read) { used = used || memory(read).overlaps(memory(output)); });
     });
     if (outputs != 0 && !used) {
       Finding(report_) << "none of its " << outputs

@@ -19,6 +19,9 @@ struct Ends {
   explicit Ends(const LayerCheck& check)
       : input(check.sound(AI_CHAIN_INPUT)), output(check.sound(AI_CHAIN_OUTPUT)) {}
   bool sound() const { return input != nullptr && output != nullptr; }
+  bool quantized() const {
+    return sound() && ai_tensor_intq(input) != nullptr && ai_tensor_intq(output) != nullptr;
+  }
   ai_array_format from() const { return input->data->format; }
   ai_array_format to() const { return output->data->format; }
 };
@@ -26,7 +29,7 @@ struct Ends {
 // The function works on the numbers as they are: both ends must read them alike.
 void check_same_quantization(LayerCheck& check) {
   const Ends ends(check);
-  if (!ends.sound()) {
+  if (!ends.quantized()) {
     return;
   }
   const float in = ai_tensor_scale(ends.input, 0);
@@ -228,12 +231,14 @@ void check_convert_integer(LayerCheck& check) {
                             << FormatName{ends.from()} << ", the function changes the sign";
     return;
   }
+  if (!ends.quantized()) {
+    return;
+  }
   const int32_t moved =
       ai_tensor_zeropoint(ends.input, 0) + (ai_fmt_is_signed(ends.from()) ? 128 : -128);
   if (ai_tensor_zeropoint(ends.output, 0) != moved) {
-    Finding(check.report()) << "output 0 has the zero point "
-                            << ai_tensor_zeropoint(ends.output, 0) << ", input 0's moved by 128 is "
-                            << moved;
+    Finding(check.report()) << "output 0 has the zero point " << ai_tensor_zeropoint(ends.output, 0)
+                            << ", input 0's moved by 128 is " << moved;
   }
 }
 

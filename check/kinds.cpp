@@ -54,6 +54,13 @@ constexpr Kind kKinds[] = {
        return is_integer(f) && ai_fmt_is_signed(f) == ai_fmt_is_signed(input);
      },
      "that of input 0"},
+    {'e', Kind::kEither, [](ai_array_format f, ai_array_format) { return is_integer(f); },
+     "uint8 or int8"},
+    {'k', Kind::kEither,
+     [](ai_array_format f, ai_array_format input) {
+       return is_integer(f) && ai_fmt_is_signed(f) == ai_fmt_is_signed(input);
+     },
+     "that of input 0"},
     {'s', Kind::kEither,
      [](ai_array_format f, ai_array_format input) {
        return ai_fmt_get_code(f) == ai_fmt_get_code(input);
@@ -67,14 +74,10 @@ constexpr Kind kKinds[] = {
      },
      "fixed point of the width of input 0"},
     {'b', Kind::kEither,
-     [](ai_array_format f, ai_array_format) {
-       return ai_fmt_get_code(f) == AI_ARRAY_FORMAT_S32;
-     },
+     [](ai_array_format f, ai_array_format) { return ai_fmt_get_code(f) == AI_ARRAY_FORMAT_S32; },
      "int32"},
     {'u', Kind::kEither,
-     [](ai_array_format f, ai_array_format) {
-       return ai_fmt_get_code(f) == AI_ARRAY_FORMAT_U32;
-     },
+     [](ai_array_format f, ai_array_format) { return ai_fmt_get_code(f) == AI_ARRAY_FORMAT_U32; },
      "uint32"},
 };
 
@@ -108,7 +111,8 @@ void check_scales(LayerCheck& check, TensorName name, const ai_intq_info& info, 
 
 void check_zeropoints(LayerCheck& check, TensorName name, const ai_intq_info& info,
                       uint32_t entries, bool weights) {
-  const bool symmetric = weights && ai_fmt_is_signed(check.tensor(name.list, name.index)->data->format);
+  const bool symmetric =
+      weights && ai_fmt_is_signed(check.tensor(name.list, name.index)->data->format);
   if (info.zeropoint == nullptr) {
     if (!symmetric) {
       Finding(check.report()) << "the quantization record of " << name << " has no zero points, "

@@ -12,15 +12,15 @@ namespace nnlib {
 class LayerCheck;
 
 enum class InPlace : uint8_t {
-  kNever,  // no output shares memory with an input
-  kSame,   // an output may start where an input starts
-  kAbove,  // it may start there or behind
+  kNever,      // no output shares memory with an input
+  kSame,       // an output may start where an input starts
+  kAbove,      // it may start there or behind
   kNoTensors,  // the layer reads and writes none
 };
 
 // What a function does to its tensors besides writing its outputs.
 enum SideEffect : uint8_t {
-  kResetsInput = 1,    // leaves the array's data at data_start
+  kResetsInput = 1,  // leaves the array's data at data_start
   kResetsOutput = 2,
   kResetsScratch = 4,
 };
@@ -42,6 +42,8 @@ enum SideEffect : uint8_t {
 //   r  as d, rows of any pitch        a  any format
 //   i  uint8 or int8, one scale       w  uint8 or int8, one scale or D of them
 //   s  the format of input 0          t  as i, of the type of input 0
+//   e  uint8 or int8, whose scale     k  as e, of the type of input 0
+//      the function does not read
 //   q  Q7 or Q15                      p  Q of the width of input 0
 //   b  int32                          u  uint32
 //   x  8 bits or more, scratch bytes

@@ -191,9 +191,10 @@ void check_concat(LayerCheck& check) {
   }
   check_dims(check, {AI_CHAIN_OUTPUT, 0}, needed);
   if (tensors.out->data->size != elements_of(*tensors.out)) {
-    Finding(check.report()) << "output 0 has an array of " << uint32_t{tensors.out->data->size}
-                            << " elements, up to whose end the function writes; its dimensions have "
-                            << elements_of(*tensors.out);
+    Finding(check.report())
+        << "output 0 has an array of " << uint32_t{tensors.out->data->size}
+        << " elements, up to whose end the function writes; its dimensions have "
+        << elements_of(*tensors.out);
   }
 }
 
@@ -210,16 +211,14 @@ void check_transpose(LayerCheck& check) {
     seen |= perm[i] < AI_SHAPE_DIMS ? 1u << perm[i] : 0u;
   }
   if (seen != 15) {
-    Finding(check.report()) << "the permutation is "
-                            << Dims{{perm[0], perm[1], perm[2], perm[3]}}
+    Finding(check.report()) << "the permutation is " << Dims{{perm[0], perm[1], perm[2], perm[3]}}
                             << ", each of the axes 0 to 3 is needed once";
     return;
   }
   const Pair tensors(check);
   if (tensors.sound()) {
     const uint32_t* in = tensors.in->shape.data;
-    check_dims(check, {AI_CHAIN_OUTPUT, 0},
-               {{in[perm[0]], in[perm[1]], in[perm[2]], in[perm[3]]}});
+    check_dims(check, {AI_CHAIN_OUTPUT, 0}, {{in[perm[0]], in[perm[1]], in[perm[2]], in[perm[3]]}});
   }
 }
 

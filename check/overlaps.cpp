@@ -37,7 +37,8 @@ void check_pair(LayerCheck& check, TensorName written, TensorName other) {
   Finding(check.report()) << written << " begins "
                           << uint64_t{behind ? to.first - from.first : from.first - to.first}
                           << " bytes " << (behind ? "behind" : "before") << " the start of "
-                          << other << " and shares memory with it, which the function does not allow";
+                          << other
+                          << " and shares memory with it, which the function does not allow";
 }
 
 }  // namespace

@@ -37,10 +37,10 @@ void check_pooling_ways(LayerCheck& check, const WindowWay& x, const WindowWay& 
 void check_pooling(LayerCheck& check) {
   const auto& pool = check.record<ai_layer_pool>();
   const Pads pads = check_pads(check, pool.pool_pad, "pool_pad");
-  const WindowWay x = {check.sizes['W'], pool.pool_size[0], pool.pool_stride[0], 1, pads.left,
-                       pads.right};
-  const WindowWay y = {check.sizes['H'], pool.pool_size[1], pool.pool_stride[1], 1, pads.top,
-                       pads.bottom};
+  const WindowWay x = {check.sizes['W'], pool.pool_size[0], pool.pool_stride[0], 1,
+                       pads.left,        pads.right};
+  const WindowWay y = {check.sizes['H'], pool.pool_size[1], pool.pool_stride[1], 1,
+                       pads.top,         pads.bottom};
   check_pooling_ways(check, x, y, pads.present);
   if (check.rule()->inputs[0] == 'q') {
     check_same_bits(check);

@@ -24,8 +24,8 @@ Matrix matrix_of(const LayerCheck& check, TensorName name, bool transposed) {
 }
 
 void check_flat(LayerCheck& check, const Matrix& matrix) {
-  if (matrix.tensor != nullptr && elements_of(*matrix.tensor) !=
-                                      product(matrix.rows, matrix.columns)) {
+  if (matrix.tensor != nullptr &&
+      elements_of(*matrix.tensor) != product(matrix.rows, matrix.columns)) {
     Finding(check.report()) << matrix.name << " has the dimensions " << dims_of(*matrix.tensor)
                             << ", a matrix has 1 as first and third";
   }

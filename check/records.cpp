@@ -56,11 +56,11 @@ void check_array(LayerCheck& check, TensorName name, const ai_tensor& tensor) {
   const ai_array& array = *tensor.data;
   const uint64_t elements = elements_of(tensor);
   if (elements == 0) {
-    Finding(check.report()) << name << " has the dimensions " << dims_of(tensor)
-                            << ": it is empty";
+    Finding(check.report()) << name << " has the dimensions " << dims_of(tensor) << ": it is empty";
   }
   if (ai_fmt_get_bits(array.format) == 0) {
-    Finding(check.report()) << name << " has a format without a width, " << FormatName{array.format};
+    Finding(check.report()) << name << " has a format without a width, "
+                            << FormatName{array.format};
   }
   if (array.size < elements) {
     Finding(check.report()) << name << " has an array of " << uint32_t{array.size}
@@ -81,8 +81,8 @@ void check_offset(LayerCheck& check, TensorName name, const ai_array& array) {
   const LayerRule* rule = check.rule();
   if (rule != nullptr && (rule->side_effects & kResets[name.list]) != 0 &&
       array.data != array.data_start) {
-    const auto offset = reinterpret_cast<uintptr_t>(array.data) -
-                        reinterpret_cast<uintptr_t>(array.data_start);
+    const auto offset =
+        reinterpret_cast<uintptr_t>(array.data) - reinterpret_cast<uintptr_t>(array.data_start);
     Finding(check.report()) << name << " has its data " << uint64_t{offset}
                             << " bytes behind data_start, to which the function moves it back";
   }

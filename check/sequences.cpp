@@ -65,9 +65,9 @@ void check_time_delay(LayerCheck& check) {
   }
   const uint64_t needed = uint64_t{check.sizes['T']} + longest;
   if (check.sizes['S'] < needed) {
-    Finding(check.report()) << "input 0 has " << check.sizes['S'] << " steps; "
-                            << check.sizes['T'] << " steps of output 0 and a delay of " << longest
-                            << " need " << needed;
+    Finding(check.report()) << "input 0 has " << check.sizes['S'] << " steps; " << check.sizes['T']
+                            << " steps of output 0 and a delay of " << longest << " need "
+                            << needed;
   }
 }
 

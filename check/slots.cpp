@@ -8,27 +8,27 @@
 
 // X(function, kind letter of its elements, parameters, 0xFFFF for one for each channel)
 #define PLAIN_OP(op) X(nl_func_##op##_array_f32, 'f', 0)
-#define NL_FUNCTIONS                                 \
-  AI_NL_ARITHMETIC_OPS(PLAIN_OP)                     \
-  AI_NL_LIBRARY_OPS(PLAIN_OP)                        \
-  X(nl_func_relu_array_f32, 'f', 0)                  \
-  X(nl_func_sm_group_array_f32, 'f', 0)              \
-  X(nl_func_clip_array_f32, 'f', 2)                  \
-  X(nl_func_elu_array_f32, 'f', 1)                   \
-  X(nl_func_relu_thresholded_array_f32, 'f', 1)      \
-  X(nl_func_selu_array_f32, 'f', 2)                  \
-  X(nl_func_relu_generic_array_f32, 'f', 3)          \
-  X(nl_func_prelu_array_f32, 'f', kEachChannel)      \
-  X(nl_func_relu_array_integer, 'i', 1)              \
-  X(nl_func_clip_array_integer, 'i', 2)              \
-  X(nl_func_array_integer, 'i', 256)                 \
-  X(nl_func_relu_array_fixed, 'q', 0)                \
-  X(nl_func_relu_max_array_fixed, 'q', 1)            \
-  X(nl_func_tanh_array_fixed, 'q', 0)                \
-  X(nl_func_sigmoid_array_fixed, 'q', 0)             \
+#define NL_FUNCTIONS                            \
+  AI_NL_ARITHMETIC_OPS(PLAIN_OP)                \
+  AI_NL_LIBRARY_OPS(PLAIN_OP)                   \
+  X(nl_func_relu_array_f32, 'f', 0)             \
+  X(nl_func_sm_group_array_f32, 'f', 0)         \
+  X(nl_func_clip_array_f32, 'f', 2)             \
+  X(nl_func_elu_array_f32, 'f', 1)              \
+  X(nl_func_relu_thresholded_array_f32, 'f', 1) \
+  X(nl_func_selu_array_f32, 'f', 2)             \
+  X(nl_func_relu_generic_array_f32, 'f', 3)     \
+  X(nl_func_prelu_array_f32, 'f', kEachChannel) \
+  X(nl_func_relu_array_integer, 'i', 1)         \
+  X(nl_func_clip_array_integer, 'i', 2)         \
+  X(nl_func_array_integer, 'i', 256)            \
+  X(nl_func_relu_array_fixed, 'q', 0)           \
+  X(nl_func_relu_max_array_fixed, 'q', 1)       \
+  X(nl_func_tanh_array_fixed, 'q', 0)           \
+  X(nl_func_sigmoid_array_fixed, 'q', 0)        \
   X(sm_func_sm_array_fixed, 'q', 0)
 
-#define POOL_FUNCTIONS               \
+#define POOL_FUNCTIONS                  \
   X(pool_func_mp_array_f32, 'f', 0)     \
   X(pool_func_ap_array_f32, 'f', 0)     \
   X(pool_func_mp_array_integer, 'i', 0) \

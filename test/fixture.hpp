@@ -118,6 +118,14 @@ struct output_tensor : rubbish_storage<T, size_t{N} * C * W * H>, nnlib::tensor 
   static constinit record stem##_layer = {             \
       nnlib::layer(AI_LAYER_TYPE_##type, forward, stem##_layer_chain), __VA_ARGS__}
 
+// The padding behind a map with which windows from `before` positions ahead of it give that many
+// outputs.
+constexpr uint32_t pad_after(uint32_t in, uint32_t window, uint32_t stride, uint32_t before,
+                             uint32_t outputs) {
+  const uint32_t reach = (outputs - 1) * stride + window;
+  return reach > before + in ? reach - before - in : 0;
+}
+
 inline const ai_array& first_output(const ai_layer& layer) {
   const ai_tensor* output = ai_tensor_chain_output(layer.tensor_chain, 0);
   if (output == nullptr) {

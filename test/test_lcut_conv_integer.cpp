@@ -26,11 +26,13 @@ struct Shape {
   Size pad = {0, 0};  // left, top
   bool depthwise = false;
   Map pooled = {0, 0, 0};  // of a fused layer: the layer's output
+  bool dense = false;
 
   constexpr bool fused() const { return pooled.c != 0; }
   constexpr nnlib::dims weights() const {
-    return depthwise ? nnlib::dims{in.c, kernel.w, kernel.h, 1}
-                     : nnlib::dims{in.c, kernel.w, kernel.h, out.c};
+    return dense       ? nnlib::dims{in.c, out.c, 1, 1}
+           : depthwise ? nnlib::dims{in.c, kernel.w, kernel.h, 1}
+                       : nnlib::dims{in.c, kernel.w, kernel.h, out.c};
   }
 };
 
@@ -65,7 +67,8 @@ struct Tensors {
         map({1, s.out.c, s.out.w, s.fused() ? 3 : s.out.h}, map_data, 0, &out_intq),
         chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
               nnlib::list(s.fused() ? map : scratch, s.fused() ? scratch : map)),
-        pad{s.pad.h, s.pad.w, s.pad.h, s.pad.w} {
+        pad{s.pad.h, s.pad.w, pad_after(s.in.h, s.kernel.h, s.stride.h, s.pad.h, s.out.h),
+            pad_after(s.in.w, s.kernel.w, s.stride.w, s.pad.w, s.out.w)} {
     if (Inputs != s.in.elements() || Weights != s.weights().elements() || Biases != s.out.c) {
       core_fault();  // shape and data disagree: no constant
     }
@@ -111,7 +114,8 @@ struct Tensors {
 
 // A dense layer of in_count inputs and out_count outputs, with scratch or without.
 #define CHECK_DENSE(stem, format, in_count, out_count, with_scratch)                               \
-  static constexpr Shape shape = {.in = {in_count, 1, 1}, .out = {out_count, 1, 1}};               \
+  static constexpr Shape shape = {                                                                 \
+      .in = {in_count, 1, 1}, .out = {out_count, 1, 1}, .dense = true};                            \
   static constinit Tensors stem(shape, DATA(stem, format));                                        \
   static constinit nnlib::layer_chain<1, 1, 2, 1> stem##_layer_chain(                              \
       nnlib::list(stem.in), nnlib::list(stem.out), nnlib::list(stem.weights, stem.bias),           \

@@ -41,7 +41,7 @@ grep -q 'NNLIB_PORT:STRING=cortex-m$' "$work/arm-subdirectory/CMakeCache.txt"
 mv "$work/host" "$work/moved"
 PKG_CONFIG_PATH=$(dirname "$(find "$work/moved" -name nnlib.pc)")
 export PKG_CONFIG_PATH
-read -ra flags <<<"$(pkg-config --cflags --libs nnlib lcut)"
+read -ra flags <<<"$(pkg-config --cflags --libs nnlib_check nnlib lcut)"
 gcc -std=c11 "$root/test/consumer/main.c" "${flags[@]}" -o "$work/consumer"
 "$work/consumer" >/dev/null
 test -f "$work/moved/share/doc/nnlib/LICENSE"

@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 /* A stranger's program: a network that needs the math library, and functions of the application in
  * the place of the library's. */
+#include <check/ai_network_check.h>
 #include <lcut/lcut.h>
 #include <nnlib.h>
 #include <setjmp.h>
@@ -58,6 +59,11 @@ static void tc_timer(lcut_case* tc, void* unused) {
   LCUT_TRUE(tc, timer.elapsed < 1000000u);
 }
 
+static void tc_check(lcut_case* tc, void* unused) {
+  (void)unused;
+  LCUT_TRUE(tc, ai_network_check(&network, NULL, NULL) == 0);
+}
+
 int main(void) {
   lcut_results results = {0};
   lcut_test* test = NULL;
@@ -67,6 +73,7 @@ int main(void) {
   lcut_tc_add(suite, "forward", tc_forward, NULL, NULL, NULL);
   lcut_tc_add(suite, "stops", tc_stops, NULL, NULL, NULL);
   lcut_tc_add(suite, "timer", tc_timer, NULL, NULL, NULL);
+  lcut_tc_add(suite, "check", tc_check, NULL, NULL, NULL);
   lcut_ts_add(test, suite);
   lcut_test_run(test, NULL);
   lcut_test_report(test, &results);
