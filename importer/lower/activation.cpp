@@ -132,13 +132,6 @@ std::optional<Activation> activation_of(const Node& node) {
                     row->parameters != nullptr ? row->parameters(node) : std::vector<float>{}};
 }
 
-void fuse_activation(Node& node, const Node& activation) {
-  node.attributes["activation"] = std::string(op_name(activation.op));
-  for (const auto& [name, attribute] : activation.attributes) {
-    node.attributes["activation_" + name] = attribute;
-  }
-}
-
 std::optional<Activation> fused_activation(const Node& node) {
   if (!node.has("activation")) {
     return std::nullopt;

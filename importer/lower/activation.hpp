@@ -18,9 +18,7 @@ struct Activation {
 // The runtime's function of a unary node; nothing when it has none.
 std::optional<Activation> activation_of(const Node& node);
 
-// Fusing stores the activation in the node before it: its operator as "activation", its attributes
-// with "activation_" before their names.
-void fuse_activation(Node& node, const Node& activation);
+// The activation that a pass has fused into the node (pass/fusing.hpp).
 std::optional<Activation> fused_activation(const Node& node);
 
 // The function's value in double precision; nothing when the node is no function of one number.

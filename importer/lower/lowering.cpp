@@ -29,7 +29,8 @@ std::unique_ptr<Network> lower(const Graph& graph) {
     try {
       const Lowering* row = lowering_of(node.op);
       if (row == nullptr) {
-        throw Unsupported("this operator is not available");
+        throw Unsupported(node.text("reason", "this operator is not available"),
+                          node.text("way_out"));
       }
       builder.begin(node);
       row->lower(builder, node);

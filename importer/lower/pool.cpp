@@ -2,8 +2,17 @@
 // Max and average pooling.
 #include "importer/lower/quantized.hpp"
 
+#include <cmath>
+
 namespace nnlib::importer {
 namespace {
+
+// The integer average between equal scales cuts negative sums off toward zero. With an output scale
+// that differs in its last bit the layer rounds to nearest instead.
+void round_to_nearest(Value& y) {
+  float& scale = y.quantization->scales[0];
+  scale = std::nextafter(scale, 0.0f);
+}
 
 void pool(NetworkBuilder& b, const Node& node, const Function& on_float,
           const Function& on_integer) {
@@ -37,16 +46,27 @@ void pool(NetworkBuilder& b, const Node& node, const Function& on_float,
   const auto at = [](const std::vector<int64_t>& v, size_t i) {
     return static_cast<uint32_t>(v[i]);
   };
+  const bool average = node.op == Op::average_pool;
+  const ValueId pooled = node.output();
+  ValueId out = pooled;
+  if (integer && average && y.type == Type::s8 && same_quantization(x, y)) {
+    Value nearest = y;
+    round_to_nearest(nearest);
+    out = b.temporary(y.type, y.shape, nearest.quantization);
+  }
   LayerBuilder layer =
       b.layer<ai_layer_pool>(NNLIB_LAYER_TYPE(POOL), integer ? on_integer : on_float);
   layer.input(b.tensor(node.input(0)))
-      .output(b.tensor(node.output()))
+      .output(b.tensor(out))
       .set(NNLIB_MEMBER(ai_layer_pool, pool_size), at(kernel, 1), at(kernel, 0))
       .set(NNLIB_MEMBER(ai_layer_pool, pool_stride), at(strides, 1), at(strides, 0))
       .set(NNLIB_MEMBER(ai_layer_pool, pool_pad),
            {at(pads, 0), at(pads, 1), at(pads, 2), at(pads, 3)});
   if (node.integer("count_include_pad") != 0) {
     layer.set(NNLIB_MEMBER(ai_layer_pool, count_include_pad), uint8_t{1});
+  }
+  if (out != pooled) {
+    b.alias(pooled, out);
   }
 }
 

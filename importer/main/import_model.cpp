@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include "importer/main/import_model.hpp"
+
+#include "importer/lower/activation.hpp"
+#include "importer/lower/lowering.hpp"
+#include "importer/pass/fusing.hpp"
+#include "importer/pass/islands.hpp"
+#include "importer/pass/ports.hpp"
+
+namespace nnlib::importer {
+
+Graph read_model(std::span<const uint8_t> file, const ImportOptions& options) {
+  return read_tflite(file, options.tflite);
+}
+
+Graph prepare(Graph graph, const ImportOptions& options) {
+  graph.remove_dead();
+  if (options.strip_softmax) {
+    strip_softmax(graph);
+  }
+  if (options.float_ports) {
+    add_float_ports(graph);
+  }
+  fold_batch_norm(graph);
+  pool_means(graph);
+  add_float_islands(graph, [](Op op) {
+    const Lowering* row = lowering_of(op);
+    return row == nullptr || (row->types & kInteger) != 0;
+  });
+  fuse_activations(graph, [](const Node& node) { return activation_of(node).has_value(); });
+  return graph;
+}
+
+Imported build(const Graph& prepared, const ImportOptions& options) {
+  Imported result;
+  result.network = lower(prepared);
+  result.memory = plan_memory(*result.network, options.alignment);
+  return result;
+}
+
+Imported import_model(std::span<const uint8_t> file, const ImportOptions& options) {
+  return build(prepare(read_model(file, options), options), options);
+}
+
+}  // namespace nnlib::importer
