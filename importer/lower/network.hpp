@@ -122,7 +122,7 @@ struct Layer {
     return *reinterpret_cast<const T*>(memory.get());
   }
 
-  std::unique_ptr<std::max_align_t[]> memory;
+  std::unique_ptr<uint64_t[]> memory;
   std::array<std::vector<ai_tensor*>, AI_CHAIN_LISTS> list_entries;
   ai_tensor_list list_records[AI_CHAIN_LISTS]{};
   ai_tensor_chain chain{};

@@ -259,7 +259,7 @@ LayerBuilder NetworkBuilder::add_layer(size_t bytes, RecordKind kind, LayerType 
   layer.base = kind.base;
   layer.type_name = type.name;
   layer.forward = forward;
-  layer.memory = std::make_unique<std::max_align_t[]>(bytes / sizeof(std::max_align_t) + 1);
+  layer.memory = std::make_unique<uint64_t[]>(bytes / sizeof(uint64_t) + 1);
   layer.chain = {AI_CHAIN_LISTS, layer.list_records};
   layer.record() = {type.id,     0,       nullptr,
                     nullptr,     nullptr, reinterpret_cast<ai_layer_forward>(forward.pointer),
