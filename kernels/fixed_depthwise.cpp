@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "kernels/ko_requantize.hpp"
+
 #define NNLIB_VECTOR_BODY "kernels/fixed_depthwise_body.hpp"
 #include "kernels/vector_bodies.hpp"
 

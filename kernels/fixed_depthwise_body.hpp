@@ -47,6 +47,8 @@ void depthwise_channels(const DepthwisePixel& pixel, uint32_t in_channel, uint32
   }
 }
 
+#include NNLIB_PART(finish)
+
 #include NNLIB_PART(fixed_depthwise)
 
 inline void convolve_channels(const FixedConv<q7_t>& conv) {

@@ -66,6 +66,12 @@ constexpr uint32_t window_positions(uint32_t length, uint32_t extent, uint32_t s
 // The window of one output position: it starts at index * stride - pad. Pads may exceed it.
 constexpr Window clip_window(uint32_t index, uint32_t stride, uint32_t pad, uint32_t taps,
                              uint32_t extent) {
+  if ((index | stride) < 65536) {  // a window inside, without arithmetic of 64 bits
+    const uint32_t start = index * stride - pad;
+    if (start <= extent && taps <= extent - start && index * stride >= pad) {
+      return {start, 0, taps};
+    }
+  }
   return clip_run(int64_t{index} * stride - pad, taps, extent);
 }
 

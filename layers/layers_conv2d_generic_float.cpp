@@ -302,7 +302,7 @@ void forward_conv2d_transpose(ai_layer* layer) {
   const MapDims out = map_dims(output);
   Convolution convolution = convolution_of(record, 0);
   for (Filter* filter : {&convolution.x, &convolution.y}) {
-    filter->stride = std::max(filter->stride, 1u);  // 0 serves a single input position
+    filter->stride = std::max(filter->stride, uint32_t{1});  // 0 serves a single input position
   }
   float* to = tensor_data<float>(output);
   for (uint32_t y = 0; y < std::min(convolution.y.stride, out.height); ++y) {
