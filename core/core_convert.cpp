@@ -6,7 +6,9 @@
 
 #include "kernels/arm_convert.h"
 #include "kernels/arm_shift.h"
+#include "kernels/round_quantized.hpp"
 #include "kernels/saturate.hpp"
+#include "kernels/vector.hpp"
 #include "layers/layer_tensors.hpp"
 
 namespace nnlib {
@@ -31,21 +33,38 @@ void float_to_fixed(float* in, const ai_tensor& output, ai_size count) {
   }
 }
 
+// Elements of a round of the loop; where there are vectors, the compiler's own choice is better.
+#if NNLIB_VECTOR_LANES > 1
+constexpr ai_size kRound = 1;
+#elif defined(__OPTIMIZE_SIZE__)
+constexpr ai_size kRound = 2;
+#else
+constexpr ai_size kRound = 8;
+#endif
+
+template <class T, class Function>
+void quantize(const float* in, T* out, ai_size count, Function function) {
+  for (; count >= kRound; count -= kRound, in += kRound, out += kRound) {
+    NNLIB_UNROLL
+    for (ai_size i = 0; i < kRound; ++i) {
+      out[i] = function(in[i]);
+    }
+  }
+  for (; count > 0; --count) {
+    *out++ = function(*in++);
+  }
+}
+
 void float_to_integer(const float* in, const ai_tensor& output, ai_size count) {
   const float scale = ai_tensor_scale(&output, 0);
   const float zero_point = static_cast<float>(ai_tensor_zeropoint(&output, 0));
   if (ai_fmt_is_signed(ai_tensor_format(&output))) {
-    int8_t* out = tensor_data<int8_t>(output);
-    for (ai_size i = 0; i < count; ++i) {
-      const float value = in[i] / scale + zero_point;
-      out[i] = saturate<int8_t>(value + std::copysign(0.5f, value));
-    }
+    quantize(in, tensor_data<int8_t>(output), count,
+             [=](float x) { return saturate<int8_t>(plus_half_away(x / scale + zero_point)); });
   } else {
-    uint8_t* out = tensor_data<uint8_t>(output);
     const float offset = zero_point + 0.5f;
-    for (ai_size i = 0; i < count; ++i) {
-      out[i] = saturate<uint8_t>(in[i] / scale + offset);
-    }
+    quantize(in, tensor_data<uint8_t>(output), count,
+             [=](float x) { return saturate<uint8_t>(x / scale + offset); });
   }
 }
 
