@@ -17,6 +17,19 @@ uint32_t narrow(int64_t dimension) {
   return static_cast<uint32_t>(dimension);
 }
 
+bool is_quantized(Type type, const std::optional<Quantization>& quantization) {
+  return (type == Type::s8 || type == Type::u8) && quantization.has_value();
+}
+
+bool has_quantization(const Tensor& t, const Value& v) {
+  if (t.quantization == nullptr || !is_quantized(v.type, v.quantization)) {
+    return t.quantization == nullptr && !is_quantized(v.type, v.quantization);
+  }
+  Bytes zero_points(v.quantization->zero_points.begin(), v.quantization->zero_points.end());
+  return t.quantization->scales == v.quantization->scales &&
+         t.quantization->zero_points == zero_points;
+}
+
 }  // namespace
 
 Dims dims_of(const Shape& shape) {
@@ -121,7 +134,7 @@ Storage NetworkBuilder::place_of(ValueId id) {
     }
     place.constant = &add_constant(prefix_ + "_constant", format_of(v.type), *v.data);
   } else {
-    place.buffer = &add_buffer(prefix_, bytes);
+    place.buffer = &add_buffer(prefix_ + "_out", bytes);
   }
   return places_[id] = place;
 }
@@ -174,8 +187,7 @@ Tensor& NetworkBuilder::add_tensor(const std::string& name, ai_array_format form
   t.name = unique(name);
   t.dims = dims;
   t.storage = storage;
-  const bool quantized = type != nullptr && (*type == Type::s8 || *type == Type::u8);
-  if (quantized && quantization) {
+  if (type != nullptr && is_quantized(*type, quantization)) {
     t.quantization = intq(t.name, *quantization, *type == Type::s8);
   }
   const uint32_t sizes[] = {dims.n, dims.c, dims.w, dims.h};
@@ -196,21 +208,24 @@ Tensor& NetworkBuilder::add_tensor(const std::string& name, ai_array_format form
 }
 
 Tensor& NetworkBuilder::tensor(ValueId id, Dims dims) {
-  const Value& v = value(id);
-  if (const auto found = views_.find({id, dims}); found != views_.end()) {
-    return *found->second;
-  }
+  const Value v = value(id);
   if (static_cast<int64_t>(dims.elements()) != v.elements()) {
     throw Refused("tensor '" + v.name + "' has another number of elements");
   }
-  std::string name = prefix_ + (v.constant() ? "_constant" : "_out");
   const Storage place = place_of(id);
+  std::string name = prefix_ + "_constant";
   if (place.buffer != nullptr) {
     const std::string& memory = place.buffer->name;
     name = memory.substr(0, memory.rfind("_memory"));
   }
+  for (Tensor* known : views_[{place.constant, place.buffer}]) {
+    const bool same = known->dims == dims && known->array.format == format_of(v.type);
+    if (same && has_quantization(*known, v)) {
+      return *known;
+    }
+  }
   Tensor& t = add_tensor(name, format_of(v.type), dims, place, &v.type, v.quantization);
-  views_[{id, dims}] = &t;
+  views_[{place.constant, place.buffer}].push_back(&t);
   return t;
 }
 

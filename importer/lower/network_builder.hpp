@@ -6,7 +6,6 @@
 #include <map>
 #include <memory>
 #include <set>
-#include <tuple>
 
 #include "importer/graph/graph.hpp"
 #include "importer/lower/layer_builder.hpp"
@@ -112,9 +111,6 @@ class NetworkBuilder {
   std::unique_ptr<Network> finish();
 
  private:
-  struct Place {
-    Storage storage;
-  };
   LayerBuilder add_layer(size_t bytes, RecordKind kind, LayerType type, Function forward);
   Tensor& add_tensor(const std::string& name, ai_array_format format, Dims dims,
                      const Storage& storage, const Type* type,
@@ -130,7 +126,7 @@ class NetworkBuilder {
   Graph graph_;
   std::unique_ptr<Network> network_;
   std::map<ValueId, Storage> places_;
-  std::map<std::tuple<ValueId, Dims>, Tensor*> views_;
+  std::map<std::pair<const Constant*, const Buffer*>, std::vector<Tensor*>> views_;
   std::set<std::string> names_;
   std::map<std::string, int> counts_;
   std::string prefix_;
