@@ -12,6 +12,7 @@
 #include "core/ai_network.h"
 #include "core/ai_platform_interface.h"
 #include "core/ai_tensor.h"
+#include "core/ai_version.h"
 #include "core/core_benchmark.h"
 #include "core/core_broadcast.h"
 #include "core/core_common.h"

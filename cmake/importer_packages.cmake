@@ -2,7 +2,7 @@
 # NNLIB_BUILD_IMPORTER: build nnlib-import, a tool for this machine; unless given, where the packages
 # that it is built from are installed.
 set(NNLIB_IMPORTER_PACKAGES OFF)
-if(NOT CMAKE_CROSSCOMPILING)
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_CROSSCOMPILING)
   find_package(FlatBuffers CONFIG QUIET)
   find_package(CLI11 CONFIG QUIET)
   find_package(nlohmann_json CONFIG QUIET)

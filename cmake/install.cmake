@@ -8,7 +8,7 @@ install(EXPORT nnlib-targets NAMESPACE nnlib:: DESTINATION ${package_dir})
 install(FILES nnlib.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nnlib)
 install(FILES ports/port.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nnlib/ports)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY core kernels layers layers_quantized lcut check
+install(DIRECTORY ${public_directories}
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nnlib FILES_MATCHING PATTERN "*.h")
 
 configure_package_config_file(cmake/nnlib-config.cmake.in nnlib-config.cmake

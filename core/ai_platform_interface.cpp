@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "core/ai_version.h"
 #include "layers/layers.h"
 
 namespace {
@@ -11,7 +12,8 @@ namespace {
 #define NNLIB_REVISION "0000000000000000000000000000000000000000"
 #endif
 constexpr char kRuntimeRevision[] = "(rev-" NNLIB_REVISION ")";
-constexpr ai_platform_version kRuntimeVersion = {4, 1, 0, 0};
+constexpr ai_platform_version kRuntimeVersion = {NNLIB_VERSION_MAJOR, NNLIB_VERSION_MINOR,
+                                                 NNLIB_VERSION_MICRO, 0};
 constexpr ai_platform_version kApiVersion = {1, 1, 0, 0};
 constexpr ai_platform_version kInterfaceApiVersion = {AI_INTERFACE_API_VERSION, 0};
 

@@ -18,7 +18,8 @@ constexpr char kBanner[] =
     "\r\n*********************************************************\r\n"
     "\t\033[32mLCUT -- Lightweight C Unit Testing framework\033[0m\r\n"
     "                      By Ovinar\r\n"
-    "\tVersion : 0.3.2\r\n"
+    "\tVersion : " LCUT_VERSION
+    "\r\n"
     "*********************************************************\r\n";
 constexpr char kAllPassed[] =
     "\r\n=========================================================\r\n"

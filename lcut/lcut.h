@@ -17,6 +17,8 @@
 #define LCUT_PRINTF_LIKE(format_index, first_argument)
 #endif
 
+#define LCUT_VERSION "0.3.2"
+
 /// Size in bytes of every stored text; longer texts keep their first LCUT_TEXT_SIZE - 1 characters.
 #define LCUT_TEXT_SIZE 128
 

@@ -28,6 +28,21 @@ def _literal(value, kind):
     return "%d%s" % (value, "u" if kind.startswith("u") else "")
 
 
+def rows(values, per_line=8):
+    """The lines of an array's initialiser."""
+    literals = [_literal(v, _kind(values)) for v in values.ravel()]
+    return ["    " + ", ".join(literals[i:i + per_line]) + ","
+            for i in range(0, len(literals), per_line)]
+
+
+def c_array(name, values):
+    """A constant of a C header; texts one to a line."""
+    text = _kind(values) == "text"
+    declared = "static %s %s[] = {" % (
+        "const char* const" if text else "const " + _TYPES[_kind(values)], name)
+    return "\n".join([declared] + rows(values, 1 if text else 8) + ["};", ""])
+
+
 class Header:
     """Collects named arrays and writes them as test/reference/<name>.h.
 
@@ -57,12 +72,8 @@ class Header:
                  "// Written by tools/reference/generate.py; do not edit.",
                  "#ifndef " + guard, "#define " + guard, "", "#include <cstdint>", ""]
         for name, values in self._arrays.items():
-            kind = _kind(values)
-            literals = [_literal(v, kind) for v in values.ravel()]
-            lines.append("inline constexpr %s %s[] = {" % (_TYPES[kind], name))
-            lines += ["    " + ", ".join(literals[i:i + 8]) + ","
-                      for i in range(0, len(literals), 8)]
-            lines.append("};")
+            lines.append("inline constexpr %s %s[] = {" % (_TYPES[_kind(values)], name))
+            lines += rows(values) + ["};"]
         return "\n".join(lines + ["", "#endif", ""])
 
     def path(self):

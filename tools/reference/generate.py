@@ -6,7 +6,7 @@ generate.py            writes every header
 generate.py --check    writes nothing; fails when a header differs from what would be written
 generate.py NAME ...   only the named models
 
-A model is a module here with a function vectors() that returns an emit.Header.
+A model is a module here with a function vectors() that returns an emit.Header, or a list of files.
 """
 
 import argparse
@@ -27,15 +27,16 @@ def main():
     names = arguments.models or sorted(p.stem for p in HERE.glob("*.py") if p.stem not in TOOLS)
     stale = []
     for name in names:
-        header = importlib.import_module(name).vectors()
-        text, path = header.text(), header.path()
-        if not arguments.check:
-            path.write_text(text, encoding="ascii")
-        elif not path.exists() or path.read_text(encoding="ascii") != text:
-            stale.append(path.name)
+        written = importlib.import_module(name).vectors()
+        for file in written if isinstance(written, list) else [written]:
+            text, path = file.text(), file.path()
+            if not arguments.check:
+                path.write_text(text, encoding="ascii")
+            elif not path.exists() or path.read_text(encoding="ascii") != text:
+                stale.append(path.name)
     if stale:
         sys.exit("differs from its model: " + ", ".join(stale))
-    print("%d headers %s" % (len(names), "checked" if arguments.check else "written"))
+    print("%d models %s" % (len(names), "checked" if arguments.check else "written"))
 
 
 if __name__ == "__main__":
