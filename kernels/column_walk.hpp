@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 // The columns of all output pixels of a convolution: what they see, as 16-bit values in the order
-// kernel row, kernel column, channel. For kernel bodies (vector.hpp), after the instruction set's
-// Columns.
+// kernel row, kernel column, channel. For kernel bodies (vector.hpp). Columns: where they are
+// collected, the instruction set's.
 
 template <class T>
 struct ColumnInputs {
   const T* data;
-  int32_t subtracted;  // from each value
-  int16_t outside;     // the value where the window has no input
+  int16_t outside;  // the value where the window has no input
 };
 
 // How many of a window's rows, from the first on, may be written loosely when they are whole: what
 // comes of it is overwritten by the rows that follow.
+template <class Columns>
 constexpr uint32_t loose_rows(const Window& rows, uint32_t row_length) {
   constexpr uint32_t kStep = Columns::kLooseStep;
   uint32_t loose = 0;
@@ -24,7 +24,7 @@ constexpr uint32_t loose_rows(const Window& rows, uint32_t row_length) {
 
 // The column of the output pixel whose window has the given parts inside the map. loose: loose_rows
 // of a whole row.
-template <class T>
+template <class T, class Columns>
 NNLIB_ALWAYS_INLINE void gather_column(const ConvGeometry& g, const ColumnInputs<T>& inputs,
                                        const Window& rows, const Window& taps, uint32_t loose,
                                        Columns& columns, uint32_t column) {
@@ -42,16 +42,16 @@ NNLIB_ALWAYS_INLINE void gather_column(const ConvGeometry& g, const ColumnInputs
   uint32_t at = rows.tap * row_length + taps.tap * g.in_channels;
   uint32_t row = 0;
   for (; whole && row < loose; ++row, in += in_row_length, at += row_length) {
-    columns.template put<true>(column, at, in, count, inputs.subtracted);
+    columns.template put<true>(column, at, in, count);
   }
   for (; row < rows.count; ++row, in += in_row_length, at += row_length) {
-    columns.template put<false>(column, at, in, count, inputs.subtracted);
+    columns.template put<false>(column, at, in, count);
   }
 }
 
 // Calls product(columns, first pixel) for the pixels of the map in memory order, as many at a time
 // as the columns hold, and for those left over at the end.
-template <class T, class Product>
+template <class T, class Columns, class Product>
 NNLIB_ALWAYS_INLINE void for_columns(ConvGeometry g, const ColumnInputs<T> inputs, Columns columns,
                                      const Product& product) {
   uint32_t ready = 0;
@@ -59,7 +59,7 @@ NNLIB_ALWAYS_INLINE void for_columns(ConvGeometry g, const ColumnInputs<T> input
   size_t pixel = 0;
   for (uint32_t y = 0; y < g.out_height; ++y) {
     const Window rows = g.rows(y);
-    const uint32_t loose = loose_rows(rows, g.kernel_width * g.in_channels);
+    const uint32_t loose = loose_rows<Columns>(rows, g.kernel_width * g.in_channels);
     for (uint32_t x = 0; x < g.out_width; ++x) {
       if (ready == 0) {
         columns.begin(left);
@@ -76,8 +76,8 @@ NNLIB_ALWAYS_INLINE void for_columns(ConvGeometry g, const ColumnInputs<T> input
 }
 
 // What the zero points leave to take from each product sum, in units of the weight zero point.
-template <class Rows>
-int32_t column_excess(const Rows& rows, const int16_t* column) {
+template <class Rows, class T>
+int32_t column_excess(const Rows& rows, const T* column) {
   return wrapping_add(column_sum(column, rows.length),
                       wrapping_multiply(static_cast<int32_t>(rows.length), -rows.column_zeropoint));
 }

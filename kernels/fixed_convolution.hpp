@@ -22,7 +22,7 @@ template <class T>
 void convolve_fixed(const FixedConv<T>& c, uint32_t columns, q15_t* scratch) {
   const ConvGeometry& g = c.geometry;
   convolve_rows(FixedRows<T>{c.weights, c.bias, g.out_channels, g.column_length(), c.shifts}, g,
-                c.in, 0, columns, scratch, c.out);
+                c.in, columns, scratch, c.out);
 }
 
 }  // namespace nnlib

@@ -6,7 +6,8 @@
 //                  loads and widens a run of values; column_sum
 //   finish.hpp     finish<Output>(channel, sum), an output from its sum
 //   products.hpp   TileProduct, a tile of weight rows by columns, multiplied, finished and stored;
-//                  convolve_map, a whole map by other means, or false
+//                  convolve_map, a whole map by other means, or false; kWholeMaps<Input>, whether
+//                  that takes all maps
 //   depthwise.hpp, fixed_depthwise.hpp
 //                  depthwise_blocks: blocks of channels side by side; how many channels that was
 //
@@ -20,7 +21,12 @@
 #if defined(__ARM_FEATURE_SIMD32) && defined(__thumb2__) && defined(__ARM_FEATURE_UNALIGNED) && \
     !defined(__ARM_BIG_ENDIAN)
 #include "kernels/dsp/instructions.hpp"
+#if __ARM_FEATURE_MVE & 1
+#include <arm_mve.h>
+#define NNLIB_NARROW_SET mve
+#else
 #define NNLIB_NARROW_SET dsp
+#endif
 #else
 #define NNLIB_NARROW_SET scalar
 #endif

@@ -25,10 +25,6 @@ void correct_biases(const IntegerConvolution& c);
 template <class Types>
 void convolve_basic(const IntegerConvolution& c);
 
-// Columns of inputs less their zero point, and the biases as they are.
-template <class Types>
-void convolve_1x1(const IntegerConvolution& c);
-
 // With the weights that adapt_weights left in the scratch.
 template <class Types>
 void adapt_weights(const IntegerConvolution& c);

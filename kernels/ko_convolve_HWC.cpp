@@ -12,21 +12,6 @@ int32_t* corrected_biases(const IntegerConvolution& c) {
                                     size_t{c.geometry.column_length()} * 2);
 }
 
-template <class Types>
-void convolve(const IntegerConvolution& c, const int32_t* bias, int32_t subtracted) {
-  using Activation = typename Types::Activation;
-  const ConvGeometry& g = c.geometry;
-  const KoQuantization& q = c.quantization;
-  const IntegerRows<Types> rows = {static_cast<const typename Types::Weight*>(c.weights),
-                                   bias,
-                                   g.out_channels,
-                                   g.column_length(),
-                                   q.in_zeropoint - subtracted,
-                                   q};
-  convolve_rows(rows, g, static_cast<const Activation*>(c.in), subtracted, 2,
-                static_cast<int16_t*>(c.scratch), static_cast<Activation*>(c.out));
-}
-
 }  // namespace
 
 template <class Types>
@@ -47,18 +32,21 @@ void correct_biases(const IntegerConvolution& c) {
 
 template <class Types>
 void convolve_basic(const IntegerConvolution& c) {
-  convolve<Types>(c, corrected_biases(c), 0);
-}
-
-template <class Types>
-void convolve_1x1(const IntegerConvolution& c) {
-  convolve<Types>(c, c.bias, c.quantization.in_zeropoint);
+  using Activation = typename Types::Activation;
+  const ConvGeometry& g = c.geometry;
+  const IntegerRows<Types> rows = {static_cast<const typename Types::Weight*>(c.weights),
+                                   corrected_biases(c),
+                                   g.out_channels,
+                                   g.column_length(),
+                                   c.quantization.in_zeropoint,
+                                   c.quantization};
+  convolve_rows(rows, g, static_cast<const Activation*>(c.in), 2, static_cast<int16_t*>(c.scratch),
+                static_cast<Activation*>(c.out));
 }
 
 #define INSTANTIATE(types)                                                  \
   template void correct_biases<KO_TYPES(types)>(const IntegerConvolution&); \
-  template void convolve_basic<KO_TYPES(types)>(const IntegerConvolution&); \
-  template void convolve_1x1<KO_TYPES(types)>(const IntegerConvolution&);
+  template void convolve_basic<KO_TYPES(types)>(const IntegerConvolution&);
 KO_TYPES_WORDS(INSTANTIATE)
 
 }  // namespace nnlib
@@ -98,8 +86,10 @@ KO_TYPES_WORDS(INSTANTIATE)
   }                                                                                                \
   int32_t ko_##types##_convolve_1x1_HWC_fast_nonsquare##suffix(KO_CONVOLUTION(types),              \
                                                                void* scratch) {                    \
-    nnlib::convolve_1x1<KO_TYPES(types)>(                                                          \
-        {KO_GEOMETRY, in, weights, bias, KO_QUANTIZATION(types, suffix), out, scratch});           \
+    const nnlib::IntegerConvolution c = {                                                          \
+        KO_GEOMETRY, in, weights, bias, KO_QUANTIZATION(types, suffix), out, scratch};             \
+    nnlib::correct_biases<KO_TYPES(types)>(c);                                                     \
+    nnlib::convolve_basic<KO_TYPES(types)>(c);                                                     \
     return 0;                                                                                      \
   }
 

@@ -13,9 +13,8 @@ namespace nnlib {
 
 template <class Rows>
 void convolve_rows(const Rows& rows, const ConvGeometry& geometry, const typename Rows::Input* in,
-                   int32_t subtracted, uint32_t columns, int16_t* scratch,
-                   typename Rows::Output* out) {
-  NNLIB_VECTOR(convolve<Rows>)(rows, geometry, in, subtracted, columns, scratch, out);
+                   uint32_t columns, int16_t* scratch, typename Rows::Output* out) {
+  NNLIB_VECTOR(convolve<Rows>)(rows, geometry, in, columns, scratch, out);
 }
 
 template <class Rows>
@@ -28,9 +27,9 @@ void widen_vector(const Input* in, uint32_t count, int32_t subtracted, int16_t* 
   NNLIB_VECTOR(widen_run<Input>)(in, count, subtracted, out);
 }
 
-#define INSTANTIATE_CONVOLUTION(Rows)                                                        \
-  template void convolve_rows(const Rows&, const ConvGeometry&, const Rows::Input*, int32_t, \
-                              uint32_t, int16_t*, Rows::Output*);
+#define INSTANTIATE_CONVOLUTION(Rows)                                                         \
+  template void convolve_rows(const Rows&, const ConvGeometry&, const Rows::Input*, uint32_t, \
+                              int16_t*, Rows::Output*);
 #define INSTANTIATE_PRODUCT(Rows) \
   template void multiply_vector(const Rows&, const int16_t*, Rows::Output*);
 #define INSTANTIATE(types)                              \

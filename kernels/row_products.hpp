@@ -72,12 +72,10 @@ struct FixedRows {
 };
 
 // The outputs of a whole map, by way of one or two columns of rows.length 16-bit values in
-// `scratch`. Their values are input - subtracted; what pads them is the zero point that they
-// contain.
+// `scratch`. What pads them is their zero point.
 template <class Rows>
 void convolve_rows(const Rows& rows, const ConvGeometry& geometry, const typename Rows::Input* in,
-                   int32_t subtracted, uint32_t columns, int16_t* scratch,
-                   typename Rows::Output* out);
+                   uint32_t columns, int16_t* scratch, typename Rows::Output* out);
 
 // The outputs of one column of values in their natural order.
 template <class Rows>

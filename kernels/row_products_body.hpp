@@ -44,10 +44,12 @@ struct WholeRows {
 
 template <class Rows>
 void convolve(const Rows& rows, const ConvGeometry& g, const typename Rows::Input* in,
-              int32_t subtracted, uint32_t columns, int16_t* scratch, typename Rows::Output* out) {
-  const ColumnInputs<typename Rows::Input> inputs = {in, subtracted,
+              uint32_t columns, int16_t* scratch, typename Rows::Output* out) {
+  const ColumnInputs<typename Rows::Input> inputs = {in,
                                                      static_cast<int16_t>(rows.column_zeropoint)};
   if (!convolve_map(rows, g, inputs, columns, scratch, out)) {
-    for_columns(g, inputs, Columns(scratch, rows.length, columns), WholeRows<Rows>{rows, out});
+    if constexpr (!kWholeMaps<typename Rows::Input>) {
+      for_columns(g, inputs, Columns(scratch, rows.length, columns), WholeRows<Rows>{rows, out});
+    }
   }
 }

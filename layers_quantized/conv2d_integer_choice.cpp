@@ -54,11 +54,12 @@ uint32_t depthwise_size(const ConvGeometry& g) {
                                                       u16(g.kernel_height));
 }
 
-// Shapes 1 to 5; 4 is reserved and treated like 5. Three channels need no code of their own.
+// Shapes 1 to 5; 4 is reserved and treated like 5. Three channels and pointwise need no code of
+// their own.
 template <class Types>
 constexpr IntegerConvKernel kShapes[] = {
     {correct_biases<Types>, convolve_basic<Types>, columns_size},
-    {nullptr, convolve_1x1<Types>, columns_size},
+    {correct_biases<Types>, convolve_basic<Types>, columns_size},
     {adapt_weights<Types>, convolve_depthwise<Types>, depthwise_size},
     {correct_biases<Types>, convolve_basic<Types>, columns_size},
     {correct_biases<Types>, convolve_basic<Types>, columns_size},

@@ -21,7 +21,7 @@ enum class IntegerConvShape : uint32_t {
 IntegerConvShape choose_integer_conv(const ConvGeometry& geometry, uint32_t groups, bool rgb);
 
 struct IntegerConvKernel {
-  // Prepares the scratch for any number of runs with the same weights; may be null.
+  // Prepares the scratch for any number of runs with the same weights.
   void (*prepare)(const IntegerConvolution&);
   void (*run)(const IntegerConvolution&);
   uint32_t (*scratch_size)(const ConvGeometry&);

@@ -48,9 +48,7 @@ class PreparedConvolution {
         kernel_quantization(form_of(layer), pairs_, input, weights, layer_output(layer.base)),
         nullptr,
         scratch_};
-    if (kernel_.prepare != nullptr) {
-      kernel_.prepare(arguments_);
-    }
+    kernel_.prepare(arguments_);
   }
   PreparedConvolution(const PreparedConvolution&) = delete;
   PreparedConvolution& operator=(const PreparedConvolution&) = delete;

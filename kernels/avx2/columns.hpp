@@ -83,9 +83,8 @@ class Columns {
     std::fill_n(data_ + size_t{column} * length_, length_, value);
   }
   template <bool kLoose, class T>
-  NNLIB_ALWAYS_INLINE void put(uint32_t column, uint32_t at, const T* in, uint32_t count,
-                               int32_t subtracted) {
-    widen<kLoose>(in, count, subtracted, data_ + size_t{column} * length_ + at);
+  NNLIB_ALWAYS_INLINE void put(uint32_t column, uint32_t at, const T* in, uint32_t count) {
+    widen<kLoose>(in, count, 0, data_ + size_t{column} * length_ + at);
   }
 
  private:

@@ -225,6 +225,9 @@ struct FinishedRowLanes<kVectors, FixedRows<T>> {
   RowLanes<kVectors> rows;
 };
 
+template <class T>
+constexpr bool kWholeMaps = false;
+
 // The map by blocks of rows, where that pays.
 template <class Rows, class T>
 bool convolve_map(const Rows& rows, const ConvGeometry& g, const ColumnInputs<T>& inputs,

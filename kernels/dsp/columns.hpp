@@ -72,49 +72,47 @@ class Columns {
   }
 
   template <bool kLoose, class T>
-  void put(uint32_t column, uint32_t at, const T* in, uint32_t count, int32_t subtracted) {
+  void put(uint32_t column, uint32_t at, const T* in, uint32_t count) {
     if (pixels_ == 1) {
-      widen(in, count, subtracted, data_ + at);
+      widen(in, count, 0, data_ + at);
       return;
     }
     const uint32_t whole = length_ & ~3u;
     uint32_t k = at;
     const uint32_t stop = at + count;
     for (; k % 4 != 0 && k < stop && k < whole; ++k) {
-      *position<T>(column, k) = static_cast<int16_t>(*in++ - subtracted);
+      *position<T>(column, k) = static_cast<int16_t>(*in++);
     }
     const uint32_t stop_groups = std::min(stop, whole) & ~3u;
     if (k < stop_groups) {
       int16_t* to = data_ + size_t{k} * 2 + column * 4;
-      put_groups(in, in + (stop_groups - k), subtracted, to);
+      put_groups(in, in + (stop_groups - k), to);
       in += stop_groups - k;
       k = stop_groups;
     }
     for (; k < stop && k < whole; ++k) {
-      *position<T>(column, k) = static_cast<int16_t>(*in++ - subtracted);
+      *position<T>(column, k) = static_cast<int16_t>(*in++);
     }
     for (; k < stop; ++k) {
-      *end_position<T>(column, k) = static_cast<int16_t>(*in++ - subtracted);
+      *end_position<T>(column, k) = static_cast<int16_t>(*in++);
     }
   }
 
  private:
   template <class T>
-  static NNLIB_ALWAYS_INLINE void put_groups(const T* in, const T* end, int32_t subtracted,
-                                             int16_t* to) {
+  static NNLIB_ALWAYS_INLINE void put_groups(const T* in, const T* end, int16_t* to) {
     if constexpr (sizeof(T) == 2) {
       do {
         for (uint32_t i = 0; i < 4; ++i) {
-          to[i] = static_cast<int16_t>(in[i] - subtracted);
+          to[i] = static_cast<int16_t>(in[i]);
         }
         to += 8;
       } while ((in += 4) != end);
     } else {
-      const uint32_t added = dsp::twice(-subtracted);
       do {
         const uint32_t bytes = dsp::load_word(in);
-        dsp::store_word(to, dsp::even_bytes<T>(added, bytes));
-        dsp::store_word(to + 2, dsp::odd_bytes<T>(added, bytes));
+        dsp::store_word(to, dsp::even_bytes<T>(0, bytes));
+        dsp::store_word(to + 2, dsp::odd_bytes<T>(0, bytes));
         to += 8;
       } while ((in += 4) != end);
     }

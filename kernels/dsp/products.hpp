@@ -211,6 +211,9 @@ class TileProduct<1, Rows> {
   int16_t end_[4] = {};
 };
 
+template <class T>
+constexpr bool kWholeMaps = false;
+
 template <class Rows, class T>
 bool convolve_map(const Rows&, const ConvGeometry&, const ColumnInputs<T>&, uint32_t, int16_t*,
                   typename Rows::Output*) {

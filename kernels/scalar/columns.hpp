@@ -39,11 +39,10 @@ class Columns {
   void fill(uint32_t column, int16_t value) {
     std::fill_n(data_ + size_t{column} * length_, length_, value);
   }
-  // `count` values less `subtracted` from position `at` on.
+  // `count` values from position `at` on.
   template <bool kLoose, class T>
-  NNLIB_ALWAYS_INLINE void put(uint32_t column, uint32_t at, const T* in, uint32_t count,
-                               int32_t subtracted) {
-    widen(in, count, subtracted, data_ + size_t{column} * length_ + at);
+  NNLIB_ALWAYS_INLINE void put(uint32_t column, uint32_t at, const T* in, uint32_t count) {
+    widen(in, count, 0, data_ + size_t{column} * length_ + at);
   }
 
  private:

@@ -62,6 +62,9 @@ class TileProduct {
   int32_t excess_[kPixels];
 };
 
+template <class T>
+constexpr bool kWholeMaps = false;
+
 template <class Rows, class T>
 bool convolve_map(const Rows&, const ConvGeometry&, const ColumnInputs<T>&, uint32_t, int16_t*,
                   typename Rows::Output*) {

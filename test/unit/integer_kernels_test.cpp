@@ -44,14 +44,14 @@ Wide floor_shift(Wide value, int bits) {
 
 // The statement of ko_requantize.h. Beyond 60 bits a shift leaves nothing either way.
 int64_t requantize_model(int32_t acc, int32_t multiplier, int32_t shift, int32_t zeropoint) {
-  const int left = shift > 0 ? 1 : std::min(1 - shift, 32);
+  const int left = shift > 0 ? 1 : static_cast<int>(std::min(1 - shift, int32_t{32}));
   const auto t =
       static_cast<int32_t>(static_cast<uint32_t>(uint64_t{static_cast<uint32_t>(acc)} << left));
   const Wide product = Wide{t} * multiplier;
   if (shift <= 0) {
     return static_cast<int64_t>(floor_shift(product + (Wide{1} << 31), 32) + zeropoint);
   }
-  const int right = std::min(shift, 60);
+  const int right = static_cast<int>(std::min(shift, int32_t{60}));
   return static_cast<int64_t>(
       floor_shift(floor_shift(product, 32) + (Wide{1} << (right - 1)), right) + zeropoint);
 }
@@ -67,7 +67,9 @@ TEST(Requantize, IsTheStatedArithmetic) {
   for (int32_t s = -31; s <= 31; ++s) {
     shifts.push_back(s);
   }
-  for (int32_t multiplier : {0, 1, 1 << 30, (1 << 30) + 1, 1518500250, INT32_MAX - 1, INT32_MAX}) {
+  const int32_t multipliers[] = {0,        1, 1 << 30, (1 << 30) + 1, 1518500250, INT32_MAX - 1,
+                                 INT32_MAX};
+  for (int32_t multiplier : multipliers) {
     for (int32_t shift : shifts) {
       for (int32_t acc : accumulators) {
         for (int32_t zeropoint : {-128, 0, 3, 255}) {

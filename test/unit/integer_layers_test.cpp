@@ -79,21 +79,21 @@ TEST(IntegerConvChoice, GoesByTheFirstConditionThatHolds) {
   EXPECT_EQ(IntegerConvShape::kBasic, choose_integer_conv(rgb, 1, false));
 }
 
-// Channels with entries of their own, and three input channels, are matters of the arguments.
+// Channels with entries of their own, and the shapes of columns, are matters of the arguments.
 TEST(IntegerConvChoice, EveryTypesWordHasItsOwnKernels) {
   std::vector<void (*)(const nnlib::IntegerConvolution&)> runs;
   for (uint32_t form : {0, 2, 4}) {
     const auto kernel = [form](IntegerConvShape shape, uint32_t channels = 0) {
       return integer_conv_kernel(static_cast<IntegerForm>(form + channels), shape);
     };
-    for (auto shape :
-         {IntegerConvShape::kBasic, IntegerConvShape::kPointwise, IntegerConvShape::kDepthwise}) {
+    for (auto shape : {IntegerConvShape::kBasic, IntegerConvShape::kDepthwise}) {
       ASSERT_NE(nullptr, kernel(shape));
       EXPECT_EQ(0, std::count(runs.begin(), runs.end(), kernel(shape)->run));
       EXPECT_EQ(kernel(shape), kernel(shape, 1));
       runs.push_back(kernel(shape)->run);
     }
-    for (auto shape : {IntegerConvShape::kRgb, static_cast<IntegerConvShape>(4)}) {
+    for (auto shape :
+         {IntegerConvShape::kRgb, IntegerConvShape::kPointwise, static_cast<IntegerConvShape>(4)}) {
       EXPECT_EQ(kernel(IntegerConvShape::kBasic)->run, kernel(shape)->run);
     }
   }

@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+// Tiles of one row by four columns of bytes, or of four rows by one column of 16-bit values, in
+// loops that the processor ends by itself, tails included.
+
+// sums[i] += `shared` times `each[i]`, over `count` elements. GCC 12 makes no such loops. in: the
+// constraints of the pointers; loads that widen take low registers only.
+#define NNLIB_DOT_FOUR(size, load_shared, in_shared, load_each, in_each, multiply)         \
+  __asm__ volatile(                                                                        \
+      "wlstp." size " lr, %[n], 2f\n1:\n\t" load_shared " q0, [%[s]], %[ss]\n\t" load_each \
+      " q1, [%[p0]], %[es]\n\t" multiply " %[a0], q0, q1\n\t" load_each                    \
+      " q2, [%[p1]], %[es]\n\t" multiply " %[a1], q0, q2\n\t" load_each                    \
+      " q1, [%[p2]], %[es]\n\t" multiply " %[a2], q0, q1\n\t" load_each                    \
+      " q2, [%[p3]], %[es]\n\t" multiply                                                   \
+      " %[a3], q0, q2\n\t"                                                                 \
+      "letp lr, 1b\n2:"                                                                    \
+      : [s] in_shared(shared), [p0] in_each(p0), [p1] in_each(p1), [p2] in_each(p2),       \
+        [p3] in_each(p3), [a0] "+Te"(a0), [a1] "+Te"(a1), [a2] "+Te"(a2), [a3] "+Te"(a3)   \
+      : [n] "r"(count), [ss] "i"(kSharedStep), [es] "i"(kEachStep)                         \
+      : "q0", "q1", "q2", "lr", "memory")
+
+template <class Shared, class Each>
+NNLIB_ALWAYS_INLINE void dot_four(const Shared* shared, const Each* const (&each)[4],
+                                  uint32_t count, int32_t (&sums)[4]) {
+  // Elements of the same kind are multiplied as bytes, others as 16-bit values.
+  constexpr bool kBytes = std::is_same_v<Shared, Each> && sizeof(Each) == 1;
+  constexpr int kSharedStep = kBytes ? 16 : 8 * static_cast<int>(sizeof(Shared));
+  constexpr int kEachStep = kBytes ? 16 : 8 * static_cast<int>(sizeof(Each));
+  const Each *p0 = each[0], *p1 = each[1], *p2 = each[2], *p3 = each[3];
+  int32_t a0 = sums[0], a1 = sums[1], a2 = sums[2], a3 = sums[3];
+  if constexpr (kBytes && std::is_signed_v<Each>) {
+    NNLIB_DOT_FOUR("8", "vldrb.8", "+r", "vldrb.8", "+r", "vmladava.s8");
+  } else if constexpr (kBytes) {
+    NNLIB_DOT_FOUR("8", "vldrb.8", "+r", "vldrb.8", "+r", "vmladava.u8");
+  } else if constexpr (sizeof(Shared) == 1) {
+    static_assert(std::is_signed_v<Shared> && std::is_same_v<Each, uint8_t>);
+    NNLIB_DOT_FOUR("16", "vldrb.s16", "+l", "vldrb.u16", "+l", "vmladava.s16");
+  } else if constexpr (sizeof(Each) == 2) {
+    NNLIB_DOT_FOUR("16", "vldrh.16", "+r", "vldrh.16", "+r", "vmladava.s16");
+  } else if constexpr (std::is_signed_v<Each>) {
+    NNLIB_DOT_FOUR("16", "vldrh.16", "+r", "vldrb.s16", "+l", "vmladava.s16");
+  } else {
+    NNLIB_DOT_FOUR("16", "vldrh.16", "+r", "vldrb.u16", "+l", "vmladava.s16");
+  }
+  sums[0] = a0, sums[1] = a1, sums[2] = a2, sums[3] = a3;
+}
+#undef NNLIB_DOT_FOUR
+
+template <uint32_t kPixels>
+constexpr uint32_t kTileRows = 4;
+
+template <uint32_t kPixels, class Rows>
+class TileProduct;
+
+template <class Rows>
+class TileProduct<1, Rows> {
+ public:
+  TileProduct(const Rows& rows, const int16_t* column) : rows_(rows), column_(column) {
+    if constexpr (Rows::kWeightZeropoint) {
+      excess_ = column_excess(rows, column);
+    }
+  }
+  TileProduct(const Rows& rows, const Columns& columns) : TileProduct(rows, columns.data()) {}
+
+  void operator()(uint32_t row, uint32_t count, typename Rows::Output* out) const {
+    const typename Rows::Weight* weights[4];
+    int32_t sums[4];
+    NNLIB_UNROLL
+    for (uint32_t r = 0; r < 4; ++r) {  // past the last row: the last row again
+      const uint32_t at = row + std::min(r, count - 1);
+      weights[r] = rows_.weights + size_t{at} * rows_.length;
+      sums[r] = rows_.start(at);
+      if constexpr (Rows::kWeightZeropoint) {
+        sums[r] = wrapping_add(sums[r], -wrapping_multiply(rows_.zeropoint(at), excess_));
+      }
+    }
+    dot_four(column_, weights, rows_.length, sums);
+    for (uint32_t r = 0; r < count; ++r) {
+      out[r] = finish_sum<typename Rows::Output>(rows_.channel(row + r), sums[r]);
+    }
+  }
+
+ private:
+  const Rows& rows_;
+  const int16_t* column_;
+  int32_t excess_;
+};
+
+template <class Rows>
+class TileProduct<2, Rows> {
+ public:
+  TileProduct(const Rows& rows, const Columns& columns)
+      : first_(rows, columns.data()),
+        second_(rows, columns.data() + rows.length),
+        pitch_(rows.count) {}
+  void operator()(uint32_t row, uint32_t count, typename Rows::Output* out) const {
+    first_(row, count, out);
+    second_(row, count, out + pitch_);
+  }
+
+ private:
+  TileProduct<1, Rows> first_, second_;
+  uint32_t pitch_;
+};
+
+// All rows by up to four columns of bytes.
+template <class Rows>
+class RowsByBytes {
+  using Input = typename Rows::Input;
+  using Output = typename Rows::Output;
+
+ public:
+  RowsByBytes(const Rows& rows, Output* out) : rows_(rows), out_(out) {}
+
+  void operator()(const ColumnsOf<Input>& columns, size_t pixel) const {
+    const Rows rows = rows_;  // a copy, which no store can change
+    const uint32_t pixels = columns.pixels();
+    const Input* column[4];
+    int32_t excess[4];
+    for (uint32_t p = 0; p < 4; ++p) {  // past the last column: the last column again
+      column[p] = columns.data() + size_t{std::min(p, pixels - 1)} * rows.length;
+      if constexpr (Rows::kWeightZeropoint) {
+        excess[p] = column_excess(rows, column[p]);
+      }
+    }
+    const uint32x4_t offsets = vmulq_n_u32(vidupq_n_u32(0, 1), rows.count);
+    const mve_pred16_t lanes = vctp32q(pixels);
+    const auto* weights = rows.weights;
+    Output* out = out_ + pixel * rows.count;
+    for (uint32_t row = 0; row < rows.count; ++row, weights += rows.length) {
+      int32_t sums[4] = {};
+      dot_four(weights, column, rows.length, sums);
+      int32x4_t values = {sums[0], sums[1], sums[2], sums[3]};
+      const auto channel = rows.channel(row);
+      values = vaddq_n_s32(values, channel.start);
+      if constexpr (Rows::kWeightZeropoint) {
+        const int32x4_t of_columns = {excess[0], excess[1], excess[2], excess[3]};
+        values = vmlaq_n_s32(values, of_columns, -rows.zeropoint(row));
+      }
+      values = finish_lanes<Output>(channel, values);
+      vstrbq_scatter_offset_p_s32(reinterpret_cast<int8_t*>(out++), offsets, values, lanes);
+    }
+  }
+
+ private:
+  const Rows& rows_;
+  Output* out_;
+};
+
+template <class T>
+constexpr bool kWholeMaps = sizeof(T) == 1;
+
+template <class Rows, class T>
+bool convolve_map(const Rows& rows, const ConvGeometry& g, const ColumnInputs<T>& inputs,
+                  uint32_t columns, int16_t* scratch, typename Rows::Output* out) {
+  if constexpr (kWholeMaps<T>) {
+    for_columns(g, inputs, ColumnsOf<T>(scratch, rows.length, columns),
+                RowsByBytes<Rows>(rows, out));
+  }
+  return kWholeMaps<T>;
+}
