@@ -28,7 +28,9 @@ ConvolutionWays check_ways(LayerCheck& check) {
                            dilates ? low(conv.dilation[0]) : 1, pads.left, pads.right},
                           {check.sizes['H'], check.sizes['y'], low(conv.filter_stride[1]),
                            dilates ? low(conv.dilation[1]) : 1, pads.top, pads.bottom},
-                          pads.present};
+                          pads.present && check.sound(AI_CHAIN_INPUT) != nullptr &&
+                              check.sound(AI_CHAIN_OUTPUT) != nullptr &&
+                              check.sound(AI_CHAIN_WEIGHTS) != nullptr};
   ways.moves &= check_u16(check, ways.x.stride, "the filter's stride in x");
   ways.moves &= check_u16(check, ways.y.stride, "the filter's stride in y");
   ways.moves &= check_u16(check, ways.x.dilation, "the dilation in x");
@@ -123,6 +125,9 @@ void check_kind_of_convolution(LayerCheck& check, const ConvolutionWays& ways) {
     check_square(check, ways);
     check_bias_bits(check);
   }
+  if (!is_kind(check, 'f')) {
+    check_u16_sizes(check);
+  }
   const auto& conv = check.record<ai_layer_conv2d>();
   check_nl_function(check, conv.nl_func, conv.nl_params);
 }
@@ -192,6 +197,9 @@ void check_fused_convolution(LayerCheck& check) {
   check_kind_of_convolution(check, ways);
   const auto& fused = check.record<ai_layer_conv2d_nl_pool>();
   check_pool_function(check, fused.pool_func);
+  if (is_kind(check, 'f')) {
+    check_u16_sizes(check);
+  }
   const Pads pads = check_pads(check, fused.pool_pad, "pool_pad");
   const WindowWay x = {ways.x.outputs(), fused.pool_size[0], fused.pool_stride[0], 1,
                        pads.left,        pads.right};

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "check/data_flow.hpp"
 
+#include <initializer_list>
+
 #include "check/layer_check.hpp"
 #include "check/public_functions.hpp"
 #include "check/walk.hpp"
@@ -213,9 +215,33 @@ class DataFlow {
     return history.writer != kNobody || !check_constant(read);
   }
 
+  // An array of its own over memory that a network's input or output has only until a run points
+  // that elsewhere.
+  void check_left_behind(const TensorUse& use) const {
+    const auto look = [&](const TensorUse& io) {
+      const ai_array& bound = *io.tensor->data;
+      if (!scope_.binds(bound) || bound.data == nullptr || same(io, use)) {
+        return;
+      }
+      const Memory left = {&bound, reinterpret_cast<uintptr_t>(bound.data),
+                           static_cast<uintptr_t>(run_bytes(bound.format, bound.size))};
+      if (left.overlaps(memory(use))) {
+        Finding(report_) << use.name << " lies in the memory of the network's " << io.name
+                         << ", which a run points at the caller's: give them one array, or the"
+                            " latter AI_FORMAT_FLAG_COPY";
+      }
+    };
+    each_io(AI_CHAIN_INPUT, look);
+    each_io(AI_CHAIN_OUTPUT, look);
+  }
+
   void check_layer(const ai_layer& layer, uint32_t place) const {
     const LayerRule* rule = find_layer_rule(layer.forward);
     report_.enter({place, AI_CHECK_NO_LAYER, rule != nullptr ? rule->name : ""});
+    for (const uint32_t list : {AI_CHAIN_INPUT, AI_CHAIN_OUTPUT}) {
+      visit_list(layer.tensor_chain, list, place,
+                 [this](const TensorUse& use) { check_left_behind(use); });
+    }
     uint32_t inputs = 0;
     uint32_t fed = 0;
     visit_list(layer.tensor_chain, AI_CHAIN_INPUT, place, [&](const TensorUse& read) {

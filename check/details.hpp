@@ -25,6 +25,7 @@ void check_pooling(LayerCheck& check);
 void check_pooling_ways(LayerCheck& check, const WindowWay& x, const WindowWay& y, bool usable);
 
 // products.cpp: dense layers and matrix products
+void dense_sizes(LayerCheck& check);
 void check_dense(LayerCheck& check);
 void check_dense_integer_memory(LayerCheck& check);
 void check_dense_fixed_memory(LayerCheck& check);

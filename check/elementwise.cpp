@@ -156,12 +156,12 @@ void check_relu_max_fixed(LayerCheck& check) {
 
 // Results between -1 and 1 have all bits but the sign behind the point.
 void check_full_fraction(LayerCheck& check) {
-  const ai_tensor* output = check.sound(AI_CHAIN_OUTPUT);
-  if (output == nullptr) {
+  const Ends ends(check);
+  if (!ends.sound() || ai_fmt_is_float(ends.to())) {
     return;
   }
-  const int32_t needed = static_cast<int32_t>(ai_fmt_get_bits(output->data->format)) - 1;
-  const int32_t bits = ai_fmt_get_fbits(output->data->format);
+  const int32_t needed = static_cast<int32_t>(ai_fmt_get_bits(ends.to())) - 1;
+  const int32_t bits = ai_fmt_get_fbits(ends.to());
   if (bits != needed) {
     Finding(check.report()) << "output 0 has " << bits << " fractional bits, the function gives "
                             << needed;

@@ -97,7 +97,7 @@ bool is_positive(float number) {
 void check_scales(LayerCheck& check, TensorName name, const ai_intq_info& info, uint32_t entries) {
   if (info.scale == nullptr) {
     Finding(check.report()) << "the quantization record of " << name << " has no scales, "
-                            << entries << " are needed";
+                            << Needed{entries};
     return;
   }
   for (uint32_t i = 0; i < entries; ++i) {
@@ -116,7 +116,7 @@ void check_zeropoints(LayerCheck& check, TensorName name, const ai_intq_info& in
   if (info.zeropoint == nullptr) {
     if (!symmetric) {
       Finding(check.report()) << "the quantization record of " << name << " has no zero points, "
-                              << entries << " are needed";
+                              << Needed{entries};
     }
     return;
   }
@@ -136,7 +136,7 @@ void check_quantization(LayerCheck& check, TensorName name, const ai_tensor& ten
   if (kind.record == Kind::kNone) {
     if (record != nullptr) {
       Finding(check.report()) << name << " has a quantization record of "
-                              << (record->flags_size >> 16) << " scales, " << kind.words
+                              << Count{record->flags_size >> 16, "scale"} << ", " << kind.words
                               << " has none";
     }
     return;
@@ -151,11 +151,12 @@ void check_quantization(LayerCheck& check, TensorName name, const ai_tensor& ten
   }
   if (entries != 1 && !(weights && entries == channels)) {
     Finding finding(check.report());
-    finding << "the quantization record of " << name << " has " << entries << " scales, 1";
+    finding << "the quantization record of " << name << " has " << Count{entries, "scale"};
     if (weights && channels > 1) {
-      finding << " or " << channels;
+      finding << ", 1 or " << Needed{channels};
+    } else {
+      finding << ", " << Needed{1};
     }
-    finding << " are needed";
     return;
   }
   check_scales(check, name, *record->info, entries);

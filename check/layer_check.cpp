@@ -60,6 +60,19 @@ Dims dims_of(const ai_tensor& tensor) {
   return {{sizes[0], sizes[1], sizes[2], sizes[3]}};
 }
 
+void say_dims(LayerCheck& check, TensorName name, const Dims& needed) {
+  const ai_tensor& tensor = *check.tensor(name.list, name.index);
+  uint64_t elements = 1;
+  for (const uint64_t size : needed.sizes) {
+    elements = product(elements, size);
+  }
+  Finding finding(check.report());
+  finding << name << " has the dimensions " << dims_of(tensor) << ", " << needed << " are needed";
+  if (elements == elements_of(tensor)) {
+    finding << ": another order or view of its " << Count{elements, "element"};
+  }
+}
+
 // --- one layer ----------------------------------------------------------------------------------
 
 void LayerCheck::check_type() {
@@ -91,8 +104,8 @@ void LayerCheck::check_extent(TensorName name, const TensorRule& rule) {
     if (term.symbol != 0) {
       sizes.set(term.symbol, static_cast<uint32_t>(elements));
     } else if (term.known && elements != term.value) {
-      Finding(report_) << name << " has " << elements << " elements, " << term.value
-                       << " are needed";
+      Finding(report_) << name << " has " << Count{elements, "element"} << ", "
+                       << Needed{term.value};
     }
     return;
   }
@@ -110,8 +123,7 @@ void LayerCheck::check_extent(TensorName name, const TensorRule& rule) {
     }
   }
   if (!fits) {
-    Finding(report_) << name << " has the dimensions " << dims_of(found) << ", " << needed
-                     << " are needed";
+    say_dims(*this, name, needed);
   }
 }
 
@@ -141,8 +153,9 @@ void LayerCheck::check_list(uint32_t list, const char* rules) {
     } while (rule.repeats && index < count);
   }
   if (count > index) {
-    Finding(report_) << "there are " << count << " tensors in the list of " << TensorName{list, 0}
-                     << ", at most " << index << " are taken";
+    static constexpr const char* kLists[] = {"inputs", "outputs", "weights", "scratch"};
+    Finding(report_) << "the list of " << kLists[list] << " has " << Count{count, "tensor"}
+                     << ", at most " << index << (index == 1 ? " is taken" : " are taken");
   }
 }
 
@@ -161,7 +174,7 @@ bool LayerCheck::has_lists() {
   const bool present = chain_ != nullptr && chain_->chain != nullptr;
   const uint32_t lists = present ? chain_->size : 0;
   if (lists < needed) {
-    Finding(report_) << "the layer's chain has " << lists << " lists, " << needed << " are needed";
+    Finding(report_) << "the layer's chain has " << Count{lists, "list"} << ", " << Needed{needed};
   }
   return lists >= needed;
 }

@@ -109,6 +109,9 @@ class LayerCheck {
   Report& report_;
 };
 
+// Says that a sound tensor should have other dimensions.
+void say_dims(LayerCheck& check, TensorName name, const Dims& needed);
+
 // --- the parts of an examination, a file each ---------------------------------------------------
 
 // The tensor's own records: shape, strides, array, memory.

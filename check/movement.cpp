@@ -26,8 +26,7 @@ void check_dims(LayerCheck& check, TensorName name, const Dims& needed) {
     fits = fits && actual.sizes[i] == needed.sizes[i];
   }
   if (!fits) {
-    Finding(check.report()) << name << " has the dimensions " << actual << ", " << needed
-                            << " are needed";
+    say_dims(check, name, needed);
   }
 }
 

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "check/ai_network_check.h"
+
+#include <initializer_list>
+
 #include "check/data_flow.hpp"
 #include "check/inner_layers.hpp"
 #include "check/layer_check.hpp"
@@ -8,10 +11,50 @@
 namespace nnlib {
 namespace {
 
+// A tensor that crosses the platform API.
+void check_io_tensor(const Scope& scope, TensorName name, Report& report) {
+  const ai_tensor* tensor = ai_tensor_chain_get(&scope.network.io, name.list, name.index);
+  if (!is_sound(tensor)) {
+    Finding(report) << name << " has no array or no shape of " << AI_SHAPE_DIMS << " dimensions";
+    return;
+  }
+  if (!ai_array_fmt_exported(tensor->data->format)) {
+    Finding(report) << name << " has the format " << FormatName{tensor->data->format}
+                    << ", which no buffer has";
+  }
+  for (const uint32_t side : {AI_SHAPE_W, AI_SHAPE_H}) {
+    if (tensor->shape.data[side] > 0xFFFF) {
+      Finding(report) << name << " has the dimensions " << dims_of(*tensor)
+                      << ", a buffer's width and height are at most 65535";
+      break;
+    }
+  }
+}
+
+// An array that a run points at the caller's memory can be of one input or output only.
+void check_shared_arrays(const Scope& scope, Report& report) {
+  const auto array = [&scope](TensorName name) {
+    return ai_tensor_array(ai_tensor_chain_get(&scope.network.io, name.list, name.index));
+  };
+  TensorName names[] = {{AI_CHAIN_INPUT, 0}, {AI_CHAIN_OUTPUT, 0}};
+  const uint32_t inputs = ai_tensor_list_count(ai_tensor_chain_list(&scope.network.io, 0));
+  const uint32_t outputs = ai_tensor_list_count(ai_tensor_chain_list(&scope.network.io, 1));
+  for (names[0].index = 0; names[0].index < inputs; ++names[0].index) {
+    for (names[1].index = 0; names[1].index < outputs; ++names[1].index) {
+      const ai_array* shared = array(names[0]);
+      if (shared != nullptr && shared == array(names[1]) && scope.binds(*shared)) {
+        Finding(report) << names[0] << " and " << names[1]
+                        << " have one array, which a run can point at 1 of the caller's 2 buffers:"
+                           " give it AI_FORMAT_FLAG_COPY";
+      }
+    }
+  }
+}
+
 // An input or output list of the network, with the records that a process call keeps behind it.
-void check_io_list(const ai_network& network, uint32_t list, Report& report) {
+void check_io_list(const Scope& scope, uint32_t list, Report& report) {
   const char* name = list == AI_CHAIN_INPUT ? "inputs" : "outputs";
-  const ai_tensor_list* tensors = ai_tensor_chain_list(&network.io, list);
+  const ai_tensor_list* tensors = ai_tensor_chain_list(&scope.network.io, list);
   const uint32_t count = ai_tensor_list_count(tensors);
   if (count == 0) {
     Finding(report) << "the network has 0 " << name << ", at least 1 is needed";
@@ -27,6 +70,9 @@ void check_io_list(const ai_network& network, uint32_t list, Report& report) {
     Finding(report) << "the list of the network's " << count << ' ' << name
                     << " has no cursors, buffers and meta infos: it is declared by AI_IO_LIST, not"
                        " by AI_LIST";
+  }
+  for (uint32_t i = 0; i < count; ++i) {
+    check_io_tensor(scope, {list, i}, report);
   }
 }
 
@@ -55,13 +101,14 @@ uint32_t ai_network_check(const ai_network* network, ai_check_report report, voi
     Finding(findings) << "there is no network, the pointer is null";
     return findings.count();
   }
-  check_io_list(*network, AI_CHAIN_INPUT, findings);
-  check_io_list(*network, AI_CHAIN_OUTPUT, findings);
+  const Scope scope = {*network};
+  check_io_list(scope, AI_CHAIN_INPUT, findings);
+  check_io_list(scope, AI_CHAIN_OUTPUT, findings);
+  check_shared_arrays(scope, findings);
   if (network->layers == nullptr) {
     Finding(findings) << "the network has 0 layers, at least 1 is needed";
     return findings.count();
   }
-  const Scope scope = {*network};
   const WalkLength length = length_of(Walk(network->layers));
   check_end(length, findings);
   check_layers(scope, length.layers, findings);

@@ -41,7 +41,12 @@ void check_pooling(LayerCheck& check) {
                        pads.left,        pads.right};
   const WindowWay y = {check.sizes['H'], pool.pool_size[1], pool.pool_stride[1], 1,
                        pads.top,         pads.bottom};
-  check_pooling_ways(check, x, y, pads.present);
+  const bool sound =
+      check.sound(AI_CHAIN_INPUT) != nullptr && check.sound(AI_CHAIN_OUTPUT) != nullptr;
+  check_pooling_ways(check, x, y, pads.present && sound);
+  if (check.rule()->inputs[0] != 'f') {
+    check_u16_sizes(check);
+  }
   if (check.rule()->inputs[0] == 'q') {
     check_same_bits(check);
   }

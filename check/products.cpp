@@ -39,15 +39,19 @@ TensorName operand(const LayerCheck& check, uint32_t k) {
 
 }  // namespace
 
-// A map in front of a dense layer needs a flat view, whose channels are all its elements.
-void check_dense(LayerCheck& check) {
+// A map whose elements are as many as the weights' rows take needs a flat view.
+void dense_sizes(LayerCheck& check) {
   const ai_tensor* input = check.sound(AI_CHAIN_INPUT);
   const uint32_t rows = check.size(AI_CHAIN_WEIGHTS, 0);
-  if (input != nullptr && rows != check.sizes['n'] && elements_of(*input) == rows) {
-    Finding(check.report()) << "input 0 is a map of " << dims_of(*input) << ", weights 0 take its "
-                            << rows << " elements as channels: give the layer a flat view, (1, "
-                            << rows << ", 1, 1)";
+  if (input != nullptr && rows != input->shape.data[AI_SHAPE_C] && rows == elements_of(*input)) {
+    check.sizes.set('n', rows);
+    check.sizes.set('W', 1);
+    check.sizes.set('H', 1);
   }
+}
+
+void check_dense(LayerCheck& check) {
+  const ai_tensor* input = check.sound(AI_CHAIN_INPUT);
   const ai_tensor* weights = check.sound(AI_CHAIN_WEIGHTS);
   if (input == nullptr || weights == nullptr) {
     return;
@@ -55,6 +59,9 @@ void check_dense(LayerCheck& check) {
   const ai_array_format in = input->data->format;
   const ai_array_format w = weights->data->format;
   const char kind = check.rule()->inputs[0];
+  if (kind != 'f') {
+    check_u16_sizes(check);
+  }
   if (kind == 'i' && ai_fmt_is_signed(in) && !ai_fmt_is_signed(w)) {
     Finding(check.report()) << "input 0 is " << FormatName{in} << ", weights 0 are "
                             << FormatName{w} << ": the function hangs";
@@ -98,7 +105,7 @@ void check_gemm(LayerCheck& check) {
   const auto& gemm = check.record<ai_layer_gemm>();
   const uint32_t operands = check.list_size(AI_CHAIN_INPUT) + check.list_size(AI_CHAIN_WEIGHTS);
   if (operands != 3) {
-    Finding(check.report()) << "inputs and weights are " << operands << " together, 3 are needed";
+    Finding(check.report()) << "inputs and weights are " << operands << " together, " << Needed{3};
     return;
   }
   const Matrix a = matrix_of(check, operand(check, 0), gemm.tA != 0);

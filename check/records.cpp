@@ -14,8 +14,8 @@ bool is_lut(ai_array_format format) {
 void check_shape(LayerCheck& check, TensorName name, const ai_tensor& tensor) {
   const uint32_t count = ai_dims_count(tensor.shape.type_size);
   if (count != AI_SHAPE_DIMS) {
-    Finding(check.report()) << name << " has " << count << " dimensions, " << AI_SHAPE_DIMS
-                            << " are needed";
+    Finding(check.report()) << name << " has " << Count{count, "dimension"} << ", "
+                            << Needed{AI_SHAPE_DIMS};
   } else if (tensor.shape.data == nullptr) {
     Finding(check.report()) << name << " has a shape without its " << AI_SHAPE_DIMS << " sizes";
   } else if (tensor.data == nullptr) {
@@ -28,8 +28,9 @@ void check_strides(LayerCheck& check, TensorName name, const ai_tensor& tensor, 
   const ai_stride& stride = tensor.stride;
   const uint32_t count = ai_dims_count(stride.type_size);
   if (count != AI_SHAPE_DIMS || stride.data == nullptr) {
-    Finding(check.report()) << name << " has " << (stride.data != nullptr ? count : 0)
-                            << " strides, " << AI_SHAPE_DIMS << " are needed";
+    Finding(check.report()) << name << " has "
+                            << Count{stride.data != nullptr ? count : 0, "stride"} << ", "
+                            << Needed{AI_SHAPE_DIMS};
     return;
   }
   const ai_array_format format = tensor.data->format;
@@ -63,9 +64,8 @@ void check_array(LayerCheck& check, TensorName name, const ai_tensor& tensor) {
                             << FormatName{array.format};
   }
   if (array.size < elements) {
-    Finding(check.report()) << name << " has an array of " << uint32_t{array.size}
-                            << " elements, its dimensions " << dims_of(tensor) << " take "
-                            << elements;
+    Finding(check.report()) << name << " has an array of " << Count{array.size, "element"}
+                            << ", its dimensions " << dims_of(tensor) << " take " << elements;
   }
 }
 
@@ -81,10 +81,12 @@ void check_offset(LayerCheck& check, TensorName name, const ai_array& array) {
   const LayerRule* rule = check.rule();
   if (rule != nullptr && (rule->side_effects & kResets[name.list]) != 0 &&
       array.data != array.data_start) {
-    const auto offset =
-        reinterpret_cast<uintptr_t>(array.data) - reinterpret_cast<uintptr_t>(array.data_start);
-    Finding(check.report()) << name << " has its data " << uint64_t{offset}
-                            << " bytes behind data_start, to which the function moves it back";
+    const auto data = reinterpret_cast<uintptr_t>(array.data);
+    const auto start = reinterpret_cast<uintptr_t>(array.data_start);
+    Finding(check.report()) << name << " has its data "
+                            << uint64_t{data > start ? data - start : start - data} << " bytes "
+                            << (data > start ? "behind" : "before")
+                            << " data_start, to which the function moves it back";
   }
 }
 

@@ -11,6 +11,7 @@
 #define NL_FUNCTIONS                            \
   AI_NL_ARITHMETIC_OPS(PLAIN_OP)                \
   AI_NL_LIBRARY_OPS(PLAIN_OP)                   \
+  AI_NL_EXP_OPS(PLAIN_OP)                       \
   X(nl_func_relu_array_f32, 'f', 0)             \
   X(nl_func_sm_group_array_f32, 'f', 0)         \
   X(nl_func_clip_array_f32, 'f', 2)             \
@@ -85,12 +86,13 @@ void check_family(LayerCheck& check, const char* slot, const Known<Function>& fu
 void check_parameters(LayerCheck& check, const ai_array* params, uint32_t needed,
                       const char* what) {
   if (params == nullptr || params->data == nullptr) {
-    Finding(check.report()) << what << " is missing, " << needed << " values are needed";
+    Finding(check.report()) << what << " is missing, " << Count{needed, "value"}
+                            << (needed == 1 ? " is needed" : " are needed");
     return;
   }
   if (params->size < needed) {
-    Finding(check.report()) << what << " has " << uint32_t{params->size} << " values, " << needed
-                            << " are needed";
+    Finding(check.report()) << what << " has " << Count{params->size, "value"} << ", "
+                            << Needed{needed};
   }
   const ai_tensor* input = check.sound(AI_CHAIN_INPUT);
   if (input == nullptr) {

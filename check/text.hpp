@@ -33,6 +33,23 @@ class Text {
   size_t length_ = 0;
 };
 
+// "1 value", "2 values"
+struct Count {
+  uint64_t number;
+  const char* what;
+};
+inline Text& operator<<(Text& text, Count count) {
+  return text << count.number << ' ' << count.what << (count.number == 1 ? "" : "s");
+}
+
+// "1 is needed", "2 are needed"
+struct Needed {
+  uint64_t number;
+};
+inline Text& operator<<(Text& text, Needed needed) {
+  return text << needed.number << (needed.number == 1 ? " is needed" : " are needed");
+}
+
 }  // namespace nnlib
 
 #endif

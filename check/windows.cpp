@@ -32,4 +32,14 @@ bool check_u16(LayerCheck& check, uint64_t value, const char* what) {
   return true;
 }
 
+void check_u16_sizes(LayerCheck& check) {
+  for (const char* letter = "CWHDwhnm"; *letter != '\0'; ++letter) {
+    if (check.sizes[*letter] > 0xFFFF) {
+      Finding(check.report()) << "a size of the layer is " << check.sizes[*letter]
+                              << ", at most 65535 are possible";
+      return;
+    }
+  }
+}
+
 }  // namespace nnlib

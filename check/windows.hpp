@@ -38,6 +38,10 @@ void check_positions(LayerCheck& check, const WindowWay& way, uint64_t actual, T
 // The number is not 0 and fits 16 bits.
 bool check_u16(LayerCheck& check, uint64_t value, const char* what);
 
+// All sizes of the layer fit 16 bits, in which kernels of integers and fixed point and pooling
+// functions count.
+void check_u16_sizes(LayerCheck& check);
+
 }  // namespace nnlib
 
 #endif

@@ -8,7 +8,7 @@
 
 static float data[2] = {1.0f, -1.0f};
 
-AI_STATIC_TENSOR(x, AI_ARRAY_FORMAT_FLOAT, 1, 2, 1, 1, data);
+AI_STATIC_TENSOR(x, AI_ARRAY_FORMAT_FLOAT | AI_FORMAT_FLAG_COPY, 1, 2, 1, 1, data);
 AI_STATIC_CHAIN(chain, AI_LIST(&x), AI_LIST(&x), AI_EMPTY_LIST, AI_EMPTY_LIST);
 static ai_layer tanh_layer = AI_LAYER(AI_LAYER_TYPE_NL, forward_tanh, &chain, NULL);
 AI_STATIC_NETWORK(network, AI_IO_LIST(&x), AI_IO_LIST(&x), &tanh_layer);
