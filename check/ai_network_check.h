@@ -39,6 +39,10 @@ typedef void (*ai_check_report)(const ai_check_finding* finding, void* context);
  * is taken to be there. Layers are counted in the order in which they run. */
 uint32_t ai_network_check(const ai_network* network, ai_check_report report, void* context);
 
+/* The name of a layer function of the library, "forward_dense"; "" for any other and for one that
+ * the program does not hold. */
+const char* ai_layer_function_name(ai_layer_forward forward);
+
 /* An error word in words, type and code: "invalid input: a null pointer where data was required".
  * "no error" for type 0; "unknown error" for a type or a code that the runtime does not use. */
 const char* ai_error_text(ai_error error);

@@ -192,3 +192,8 @@ LayerRules layer_rules() {
 }
 
 }  // namespace nnlib
+
+const char* ai_layer_function_name(ai_layer_forward forward) {
+  const nnlib::LayerRule* rule = nnlib::find_layer_rule(forward);
+  return rule != nullptr ? rule->name : "";
+}

@@ -3,7 +3,7 @@
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/nnlib)
-install(TARGETS nnlib nnlib_check lcut EXPORT nnlib-targets)
+install(TARGETS nnlib nnlib_check nnlib_profile lcut EXPORT nnlib-targets)
 install(EXPORT nnlib-targets NAMESPACE nnlib:: DESTINATION ${package_dir})
 install(FILES nnlib.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nnlib)
 install(FILES ports/port.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nnlib/ports)
@@ -22,7 +22,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/nnlib-config.cmake
 cmake_path(SET pkgconfig_dir NORMALIZE ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${pkgconfig_dir}
            OUTPUT_VARIABLE prefix_from_pkgconfig)
-foreach(library nnlib nnlib_check lcut)
+foreach(library nnlib nnlib_check nnlib_profile lcut)
   configure_file(cmake/${library}.pc.in ${library}.pc @ONLY)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${library}.pc
           DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
