@@ -52,21 +52,40 @@ std::string Node::text(std::string_view attribute, std::string otherwise) const 
   return attribute_or(*this, attribute, std::move(otherwise));
 }
 
-ValueId Graph::add(Value value) {
-  if (value.name.empty()) {
-    value.name = "value";
+std::string Graph::unique_name(std::string wanted) {
+  if (wanted.empty()) {
+    wanted = "value";
   }
-  if (int& uses = names_[value.name]; ++uses > 1) {
+  if (int& uses = names_[wanted]; ++uses > 1) {
     std::string unique;
     do {
-      unique = value.name + "#" + std::to_string(uses++);
+      unique = wanted + "#" + std::to_string(uses++);
     } while (names_.contains(unique));
     --uses;
     names_[unique] = 1;
-    value.name = unique;
+    return unique;
   }
+  return wanted;
+}
+
+ValueId Graph::add(Value value) {
+  value.name = unique_name(std::move(value.name));
   values.push_back(std::move(value));
   return static_cast<ValueId>(values.size() - 1);
+}
+
+void Graph::rename(ValueId id, std::string wanted) {
+  std::string& own = value(id).name;
+  if (own == wanted) {
+    return;
+  }
+  for (Value& other : values) {
+    if (other.name == wanted) {  // an intermediate result that took its node's word
+      other.name = unique_name(wanted);
+    }
+  }
+  own = std::move(wanted);
+  names_[own] = std::max(names_[own], 1);
 }
 
 bool Graph::is_input(ValueId id) const {

@@ -60,6 +60,9 @@ class Graph {
     return add({std::move(value_name), type_of<T>(), std::move(shape), {}, make_bytes(elements)});
   }
 
+  // Gives a value a name; another value that has it gets a new one.
+  void rename(ValueId id, std::string wanted);
+
   bool is_input(ValueId id) const;
   bool is_output(ValueId id) const;
   // Index of the node that gives a value, or -1.
@@ -77,6 +80,8 @@ class Graph {
   void sort();
 
  private:
+  std::string unique_name(std::string wanted);
+
   std::map<std::string, int, std::less<>> names_;
 };
 

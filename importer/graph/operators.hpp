@@ -44,12 +44,15 @@ namespace nnlib::importer {
   /* Comparisons and logic of 0/1 bytes or floats */                                               \
   X(equal) X(greater) X(greater_equal) X(less) X(less_equal)                                       \
   X(logical_and) X(logical_or) X(logical_xor) X(logical_not)                                       \
+  /* a where |a| > b; a nearer to 0 by b; a where b is not 0, where it is 0. Else 0 */              \
+  X(keep_beyond) X(towards_zero) X(zero_unless) X(zero_if)                                         \
   /* condition, a, b */                                                                            \
   X(where)                                                                                         \
   /* One input each; round is half away from zero, round_even half to even */                      \
   X(abs) X(neg) X(ceil) X(floor) X(round) X(round_even) X(sign) X(reciprocal) X(sqrt) X(rsqrt)     \
   X(exp) X(log) X(sin) X(cos) X(tan) X(asin) X(acos) X(atan) X(sinh) X(cosh) X(tanh) X(asinh)      \
   X(acosh) X(atanh) X(erf) X(sigmoid) X(soft_plus) X(soft_sign) X(hard_swish) X(relu) X(square)    \
+  /* is_inf {positive = 1, negative = 1}, or as a second input 1, 2 or both added */                \
   X(is_nan) X(is_inf)                                                                              \
   /* {min, max}; an absent bound is infinite. relu6 is clip {0, 6} */                              \
   X(clip)                                                                                          \

@@ -5,6 +5,7 @@
 
 #include "importer/lower/activation.hpp"
 #include "importer/lower/quantized.hpp"
+#include "importer/lower/scalar_functions.hpp"
 
 namespace nnlib::importer {
 namespace {
@@ -72,6 +73,10 @@ void lower_integer(NetworkBuilder& b, const Node& node) {
 void unary(NetworkBuilder& b, const Node& node) {
   if (b.value(node.input(0)).type != Type::f32) {
     lower_integer(b, node);
+    return;
+  }
+  if (const auto function = scalar_function(node.op)) {
+    lower_scalar(b, node, *function);
     return;
   }
   const auto activation = activation_of(node);
@@ -155,8 +160,8 @@ constexpr Lowering kRows[] = {
     table_row(Op::hard_swish),
     table_row(Op::celu),
     table_row(Op::square),
-    table_row(Op::sign),
-    table_row(Op::round_even),
+    row(Op::sign, "float: a generated function"),
+    row(Op::round_even, "float: a generated function"),
     {Op::lookup, lookup, kInteger, ""},
     {Op::prelu, prelu, kFloat, "constant slopes as large as the input's last dimensions"},
 };

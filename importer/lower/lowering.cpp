@@ -9,7 +9,8 @@ std::vector<Lowering> lowerings() {
   std::vector<Lowering> all;
   for (const auto& family :
        {convolution_lowerings(), dense_lowerings(), pool_lowerings(), elementwise_lowerings(),
-        function_lowerings(), softmax_lowerings(), shape_lowerings(), convert_lowerings()}) {
+        function_lowerings(), softmax_lowerings(), shape_lowerings(), convert_lowerings(),
+        scalar_lowerings(), matrix_lowerings(), normalization_lowerings(), recurrent_lowerings()}) {
     all.insert(all.end(), family.begin(), family.end());
   }
   return all;

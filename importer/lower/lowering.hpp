@@ -51,6 +51,10 @@ std::span<const Lowering> function_lowerings();
 std::span<const Lowering> softmax_lowerings();
 std::span<const Lowering> shape_lowerings();
 std::span<const Lowering> convert_lowerings();
+std::span<const Lowering> scalar_lowerings();
+std::span<const Lowering> matrix_lowerings();
+std::span<const Lowering> normalization_lowerings();
+std::span<const Lowering> recurrent_lowerings();
 
 // Builds the network of a graph whose shapes are all known. Throws Refused with all reasons.
 std::unique_ptr<Network> lower(const Graph& graph);

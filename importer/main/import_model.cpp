@@ -3,18 +3,24 @@
 
 #include "importer/lower/activation.hpp"
 #include "importer/lower/lowering.hpp"
+#include "importer/pass/compose.hpp"
 #include "importer/pass/fusing.hpp"
 #include "importer/pass/islands.hpp"
+#include "importer/pass/layout.hpp"
 #include "importer/pass/ports.hpp"
+#include "importer/pass/quantization.hpp"
+#include "importer/read/onnx.hpp"
 
 namespace nnlib::importer {
 
 Graph read_model(std::span<const uint8_t> file, const ImportOptions& options) {
-  return read_tflite(file, options.tflite);
+  return is_tflite(file) ? read_tflite(file, options.tflite) : read_onnx(file, options.read);
 }
 
 Graph prepare(Graph graph, const ImportOptions& options) {
   graph.remove_dead();
+  lower_truth(graph);
+  push_transpositions(graph, options.channels_last_ports);
   if (options.strip_softmax) {
     strip_softmax(graph);
   }
@@ -25,8 +31,9 @@ Graph prepare(Graph graph, const ImportOptions& options) {
   pool_means(graph);
   add_float_islands(graph, [](Op op) {
     const Lowering* row = lowering_of(op);
-    return row == nullptr || (row->types & kInteger) != 0;
+    return row == nullptr ? moves_bytes(op) : (row->types & kInteger) != 0;
   });
+  compose(graph);
   fuse_activations(graph, [](const Node& node) { return activation_of(node).has_value(); });
   return graph;
 }

@@ -3,6 +3,7 @@
 #ifndef NNLIB_IMPORTER_MAIN_IMPORT_MODEL_HPP
 #define NNLIB_IMPORTER_MAIN_IMPORT_MODEL_HPP
 
+#include "importer/read/options.hpp"
 #include "importer/read/tflite.hpp"
 #include "importer/run/runner.hpp"
 
@@ -10,6 +11,9 @@ namespace nnlib::importer {
 
 struct ImportOptions {
   TfliteOptions tflite;
+  ReadOptions read;
+  // Maps at inputs and outputs are [N, H, W, C], whatever the model's order is.
+  bool channels_last_ports = true;
   bool strip_softmax = false;  // leave out a softmax at the end
   bool float_ports = false;    // float inputs and outputs of quantized networks
   uint32_t alignment = 4;      // of what lies in the arena
