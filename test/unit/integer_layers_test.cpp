@@ -376,18 +376,21 @@ TEST(IntegerDenseLayer, ComputesEveryPosition) {
   nnlib::tensor bias({1, 3, 1, 1}, bias_data);
   const Rubbish scratch(16 + 18);
   nnlib::tensor scratch_tensor({1, 34, 1, 1}, scratch.data);
-  nnlib::layer_chain chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
-                           nnlib::list(scratch_tensor));
-  ai_layer layer = nnlib::layer(AI_LAYER_TYPE_DENSE, forward_dense_integer, chain);
-  EXPECT_EQ(34u, ai_dense_integer_scratch_size(&layer));
-  layer.forward(&layer);
-  int32_t multipliers[3];
-  int16_t shifts[3];
-  align_factor_ch(0.05f, 0.9f, scales, 3, multipliers, shifts);
-  ko_int8symwt_convolve_HWC_reference_CH(in_data.data(), 2, 1, 7, weight_data.data(), 3, 1, 1, 0, 0,
-                                         1, 1, bias_data, multipliers, shifts, 130, 99, want.data(),
-                                         2, 1);
-  EXPECT_EQ(want, out_data);
+  for (const bool biased : {true, false}) {
+    nnlib::layer_chain chain(nnlib::list(in), nnlib::list(out),
+                             nnlib::list(weights, biased ? &bias : nnlib::absent),
+                             nnlib::list(scratch_tensor));
+    ai_layer layer = nnlib::layer(AI_LAYER_TYPE_DENSE, forward_dense_integer, chain);
+    EXPECT_EQ(34u, ai_dense_integer_scratch_size(&layer));
+    layer.forward(&layer);
+    int32_t multipliers[3];
+    int16_t shifts[3];
+    align_factor_ch(0.05f, 0.9f, scales, 3, multipliers, shifts);
+    ko_int8symwt_convolve_HWC_reference_CH(in_data.data(), 2, 1, 7, weight_data.data(), 3, 1, 1, 0,
+                                           0, 1, 1, biased ? bias_data : nullptr, multipliers,
+                                           shifts, 130, 99, want.data(), 2, 1);
+    EXPECT_EQ(want, out_data);
+  }
 }
 
 // --- addition -------------------------------------------------------------------------------
