@@ -15,6 +15,7 @@ enum class InPlace : uint8_t {
   kNever,      // no output shares memory with an input
   kSame,       // an output may start where an input starts
   kAbove,      // it may start there or behind
+  kThird,      // an output may start where the third of inputs and weights starts
   kNoTensors,  // the layer reads and writes none
 };
 

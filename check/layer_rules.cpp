@@ -46,7 +46,8 @@ const LayerRule kRules[] = {
      .outputs = "f(1,m,W,H)", .weights = "r(n,m,1,1) ?f#m", .record_sizes = dense_sizes,
      .details = check_dense},
     {FUNCTION(forward_gemm), .record = "ai_layer_gemm", .types = {AI_LAYER_TYPE_GEMM},
-     .inputs = "f ?f ?f", .outputs = "f", .weights = "?f ?f", .details = check_gemm},
+     .inputs = "f ?f ?f", .outputs = "f", .weights = "?f ?f", .in_place = InPlace::kThird,
+     .details = check_gemm},
     {FUNCTION(forward_matmul), .types = {AI_LAYER_TYPE_GEMM}, .inputs = "f(N,C,K,H) ?f(N,C,W,K)",
      .outputs = "f(N,C,W,H)", .weights = "?f(N,C,W,K)", .details = check_matmul},
     // nonlinearities of floats

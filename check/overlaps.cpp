@@ -14,13 +14,21 @@ Memory memory_of(const LayerCheck& check, TensorName name) {
                                        : memory_of(check.scope(), tensor);
 }
 
-// Whether the function may write `output` while it reads `input`.
-bool allowed(InPlace in_place, const Memory& output, const Memory& input) {
-  switch (in_place) {
+// Whether the function may write `written` while it reads `other`.
+bool allowed(const LayerCheck& check, TensorName written, TensorName other, const Memory& to,
+             const Memory& from) {
+  if (written.list != AI_CHAIN_OUTPUT) {
+    return false;
+  }
+  const bool input = other.list == AI_CHAIN_INPUT;
+  const uint32_t place = other.index + (input ? 0 : check.list_size(AI_CHAIN_INPUT));
+  switch (check.rule()->in_place) {
     case InPlace::kSame:
-      return output.first == input.first;
+      return input && to.first == from.first;
     case InPlace::kAbove:
-      return output.first >= input.first;
+      return input && to.first >= from.first;
+    case InPlace::kThird:
+      return place == 2 && to.first == from.first;
     default:
       return false;
   }
@@ -29,8 +37,7 @@ bool allowed(InPlace in_place, const Memory& output, const Memory& input) {
 void check_pair(LayerCheck& check, TensorName written, TensorName other) {
   const Memory to = memory_of(check, written);
   const Memory from = memory_of(check, other);
-  if (!to.overlaps(from) || (written.list == AI_CHAIN_OUTPUT && other.list == AI_CHAIN_INPUT &&
-                             allowed(check.rule()->in_place, to, from))) {
+  if (!to.overlaps(from) || allowed(check, written, other, to, from)) {
     return;
   }
   const bool behind = to.first >= from.first;

@@ -87,11 +87,19 @@ void forward_conv2d_transpose(ai_layer* layer); /* an ai_layer_conv2d */
  * rows that no window covers are not computed. */
 void forward_conv2d_nl_pool(ai_layer* layer); /* an ai_layer_conv2d_nl_pool */
 
-/* Elements for the expanded weights; 0 when the weights are no indices. */
+/* ELEMENTS, not bytes, for the expanded weights: scratch 0 of a convolution, scratch 1 of a fused
+ * one. 0 when the weights are no indices. Like all scratch sizes the same on a PC and on the
+ * target. */
 ai_size ai_conv2d_scratch_size(const ai_layer_conv2d* layer);
 
-/* Elements of scratch 0 of the fused layer, at least: one pooling window of convolved rows. */
+/* ELEMENTS, not bytes, of scratch 0 of the fused layer, at least: one pooling window of convolved
+ * rows. Scratch 1 is not counted. */
 ai_size ai_conv2d_nl_pool_scratch_size(const ai_layer_conv2d_nl_pool* layer);
+
+/* Both as constants, for static arrays: w0 to w3 are the weights' dimensions, rows is the pooling
+ * window's height or, if that is less, the convolved map's. */
+#define AI_CONV2D_SCRATCH_ELEMENTS(w0, w1, w2, w3) ((w0) * (w1) * (w2) * (w3))
+#define AI_CONV2D_NL_POOL_SCRATCH_ELEMENTS(c_out, w_conv, rows) ((c_out) * (w_conv) * (rows))
 
 #ifdef __cplusplus
 }

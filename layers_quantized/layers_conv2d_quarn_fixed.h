@@ -41,9 +41,15 @@ void forward_conv2d_fixed(ai_layer* layer); /* an ai_layer_conv2d */
  * covers are not computed. pool_func and nl_func get arrays with the output's format. */
 void forward_conv2d_nl_pool_fixed(ai_layer* layer); /* an ai_layer_conv2d_nl_pool */
 
-/* Bytes of scratch for the convolution kernel of the layer; a fused one must have its scratch 0. */
+/* BYTES of scratch 0. Like all scratch sizes the same on a PC and on the target. */
 ai_size ai_conv2d_fixed_scratch_size(const ai_layer_conv2d* layer);
+
+/* BYTES of scratch 1, NOT of scratch 0, the rows, which the layer must have already. */
 ai_size ai_conv2d_nl_pool_fixed_scratch_size(const ai_layer_conv2d_nl_pool* layer);
+
+/* Both as a constant, for static arrays; a depthwise convolution needs none. */
+#define AI_CONV2D_FIXED_SCRATCH_BYTES(c_in, kernel_w, kernel_h) \
+  (4u * (c_in) * (kernel_w) * (kernel_h))
 
 #ifdef __cplusplus
 }

@@ -44,10 +44,23 @@ void forward_conv2d_integer(ai_layer* layer); /* an ai_layer_conv2d */
  * pool_func_mp_array_integer or pool_func_ap_array_integer, or one like them. */
 void forward_conv2d_nl_pool_integer(ai_layer* layer); /* an ai_layer_conv2d_nl_pool */
 
-/* Bytes of scratch for the convolution; 0 for a layer that hangs. A fused layer must have its
- * scratch 0. */
+/* BYTES of scratch 0; 0 for a layer that hangs. Like all scratch sizes the same on a PC and on the
+ * target. */
 ai_size ai_conv2d_integer_scratch_size(const ai_layer_conv2d* layer);
+
+/* BYTES of scratch 1, NOT of scratch 0, the rows, which the layer must have already. */
 ai_size ai_conv2d_nl_pool_integer_scratch_size(const ai_layer_conv2d_nl_pool* layer);
+
+/* Both as constants, for static arrays: of an ordinary convolution, and of a depthwise one. scales
+ * is how many the weights have. */
+#define AI_CONV2D_INTEGER_SCRATCH_BYTES(c_in, c_out, kernel_w, kernel_h, scales) \
+  (4u * (c_in) * (kernel_w) * (kernel_h) + 4u * (c_out) + ((scales) > 1 ? 6u * (c_out) : 0u))
+#define AI_DEPTHWISE_INTEGER_SCRATCH_BYTES(channels, kernel_w, kernel_h, scales) \
+  (((2u * (((channels) * (kernel_w) * (kernel_h) + 1u) / 2u) +                   \
+     2u * (channels) * (kernel_w) * (kernel_h) + 3u) /                           \
+    4u) *                                                                        \
+       4u +                                                                      \
+   ((scales) > 1 ? 6u * (channels) : 0u))
 
 #ifdef __cplusplus
 }

@@ -21,8 +21,12 @@ extern "C" {
  * sum. */
 void forward_dense_fixed(ai_layer* layer);
 
-/* Bytes of scratch for the layer. */
+/* BYTES of scratch 0, 0 for Q15 input. Like all scratch sizes the same on a PC and on the target.
+ */
 ai_size ai_dense_fixed_scratch_size(const ai_layer* layer);
+
+/* The same for Q7 input as a constant, for static arrays. */
+#define AI_DENSE_FIXED_SCRATCH_BYTES(n_in) (2u * (n_in))
 
 #ifdef __cplusplus
 }

@@ -18,8 +18,12 @@ extern "C" {
  * of no matter, may be absent with a single weight scale: the layer is then slower. */
 void forward_dense_integer(ai_layer* layer);
 
-/* Bytes of scratch that serve the layer. */
+/* BYTES of scratch 0. Like all scratch sizes the same on a PC and on the target. */
 ai_size ai_dense_integer_scratch_size(const ai_layer* layer);
+
+/* The same as a constant, for static arrays; scales is how many the weights have. */
+#define AI_DENSE_INTEGER_SCRATCH_BYTES(n_in, n_out, scales) \
+  ((2u * (n_in) + 3u) / 4u * 4u + ((scales) > 1 ? 6u * (n_out) : 0u))
 
 /* Element-wise addition, layer type ELTWISE or ADD: inputs 0 and 1, of which dimensions of size 1
  * stretch to those of the other (limits in core/core_broadcast.h), output 0 of the size of both

@@ -203,13 +203,22 @@ TEST(LayerCheck, Sequences) {
 }
 
 TEST(LayerCheck, ProductsAndBroadcasting) {
-  nnlib::tensor a({1, 3, 1, 4}, numbers), b({1, 2, 1, 3}, numbers + 32);
-  nnlib::tensor c({1, 2, 1, 1}, numbers + 64), y({1, 2, 1, 4}, numbers + 128);
+  nnlib::tensor a({1, 3, 1, 4}, numbers), b({1, 2, 1, 3}, numbers + 32, nnlib::copied);
+  nnlib::tensor c({1, 2, 1, 1}, numbers + 64);
+  nnlib::tensor y({1, 2, 1, 4}, numbers + 128, nnlib::copied);
   OneLayer<ai_layer_gemm, 2, 1, 1> gemm(AI_LAYER_TYPE_GEMM, forward_gemm, nnlib::list(a, b),
                                         nnlib::list(y), nnlib::list(c));
   expect_texts(gemm, {{[](ai_layer_gemm& r) { r.tA = 1; },
                        "layer 0, forward_gemm: the product of 3 x 4 and 3 x 2 does not give 4 x 2, "
                        "the function writes zeros"}});
+  move_to(c, y.array.data);  // C may lie in Y, B may not
+  EXPECT_EQ(findings(gemm.network), "");
+  move_to(b, y.array.data);
+  EXPECT_EQ(findings(gemm.network),
+            "layer 0, forward_gemm: output 0 begins 0 bytes behind the start of input 1 and shares "
+            "memory with it, which the function does not allow");
+  move_to(b, numbers + 32);
+  move_to(c, numbers + 64);
   expect_dims_text(gemm, c, {1, 1, 1, 3},
                    "layer 0, forward_gemm: weights 0 is 3 x 1, which does not spread over 4 x 2");
 
