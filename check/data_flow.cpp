@@ -32,15 +32,11 @@ void visit_list(const ai_tensor_chain* chain, uint32_t list, uint32_t layer, Vis
   }
 }
 
-bool is(const ai_layer& layer, ai_layer_forward forward) {
-  return forward != nullptr && layer.forward == forward;
-}
-
 // The same for one layer, and for the layers inside it but for the ends that stand in for its own.
 template <class Visit>
 void visit_layer(const ai_layer& layer, uint32_t list, uint32_t place, Visit visit) {
   visit_list(layer.tensor_chain, list, place, visit);
-  if (!is(layer, forward_time_distributed)) {
+  if (!is_layer(layer, forward_time_distributed, AI_LAYER_TYPE_TIME_DISTRIBUTED)) {
     return;
   }
   const auto& outer = reinterpret_cast<const ai_layer_time_distributed&>(layer);
@@ -66,11 +62,12 @@ bool rescales_input(const ai_layer& layer) {
   }
   const ai_array_format from = in->data->format;
   const ai_array_format to = out->data->format;
-  if (is(layer, node_convert)) {
+  if (is_layer(layer, node_convert, AI_LAYER_TYPE_NL)) {
     return ai_fmt_get_type_id(from) == AI_FORMAT_TYPE_FLOAT && out->klass == nullptr &&
            ai_fmt_get_ibits(to) != 0;
   }
-  return is(layer, node_convert_fixed) && ai_fmt_get_bits(from) != ai_fmt_get_bits(to) &&
+  return is_layer(layer, node_convert_fixed, AI_LAYER_TYPE_NL) &&
+         ai_fmt_get_bits(from) != ai_fmt_get_bits(to) &&
          ai_fmt_get_ibits(from) > ai_fmt_get_ibits(to);
 }
 
@@ -125,7 +122,8 @@ class DataFlow {
   bool has_routing() const {
     bool found = false;
     each_layer([&](const ai_layer& layer, uint32_t) {
-      found = found || is(layer, forward_split) || is(layer, forward_add);
+      found = found || is_layer(layer, forward_split, AI_LAYER_TYPE_SPLIT) ||
+              is_layer(layer, forward_add, AI_LAYER_TYPE_ADD);
     });
     return found;
   }

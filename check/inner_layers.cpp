@@ -124,7 +124,7 @@ void check_layer(const Scope& scope, const ai_layer& layer, const ai_tensor_chai
   }
   LayerCheck check(scope, layer, chain, rule, report);
   check.run();
-  if (layer.forward == forward_time_distributed) {
+  if (layer.forward == forward_time_distributed && has_type_of(layer, *rule)) {
     if (place.inner == AI_CHECK_NO_LAYER) {
       check_inner_layers(check, report);
     } else {

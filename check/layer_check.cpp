@@ -75,23 +75,33 @@ void say_dims(LayerCheck& check, TensorName name, const Dims& needed) {
 
 // --- one layer ----------------------------------------------------------------------------------
 
-void LayerCheck::check_type() {
+// False when the record is that of another function.
+bool LayerCheck::check_type() {
   if (rule_ == nullptr) {
     if (!ai_layer_type_is_valid(layer_.type)) {
       Finding(report_) << "type " << uint32_t{layer_.type} << " is no layer type";
     }
-    return;
+    return false;
   }
-  for (const uint16_t type : rule_->types) {
-    if (type == layer_.type) {
-      return;
-    }
+  if (has_type_of(layer_, *rule_)) {
+    return true;
   }
   Finding finding(report_);
   finding << "the layer's type is " << TypeName{layer_.type} << ", needed is "
           << TypeName{rule_->types[0]};
   if (rule_->types[1] != 0) {
     finding << " or " << TypeName{rule_->types[1]};
+  }
+  return false;
+}
+
+// Of a function that is not known, or whose record is another's.
+void LayerCheck::check_own_records() {
+  for (uint32_t list = 0; list < AI_CHAIN_LISTS; ++list) {
+    const uint32_t count = ai_tensor_list_count(ai_tensor_chain_list(chain_, list));
+    for (uint32_t index = 0; index < count; ++index) {
+      check_records(*this, {list, index}, true);
+    }
   }
 }
 
@@ -181,18 +191,13 @@ bool LayerCheck::has_lists() {
 
 void LayerCheck::run() {
   const uint32_t before = report_.count();
-  check_type();
+  const bool known = check_type();
   const bool tensors = rule_ == nullptr || rule_->in_place != InPlace::kNoTensors;
   if (tensors && !has_lists()) {
     return;
   }
-  if (rule_ == nullptr) {
-    for (uint32_t list = 0; list < AI_CHAIN_LISTS; ++list) {
-      const uint32_t count = ai_tensor_list_count(ai_tensor_chain_list(chain_, list));
-      for (uint32_t index = 0; index < count; ++index) {
-        check_records(*this, {list, index}, true);
-      }
-    }
+  if (!known) {
+    check_own_records();
     return;
   }
   if (rule_->record_sizes != nullptr) {

@@ -95,8 +95,9 @@ class LayerCheck {
   Symbols sizes;
 
  private:
-  void check_type();
+  bool check_type();
   bool has_lists();
+  void check_own_records();
   void check_list(uint32_t list, const char* rules);
   void check_tensor(TensorName name, const TensorRule& rule);
   void check_extent(TensorName name, const TensorRule& rule);

@@ -68,6 +68,12 @@ struct LayerRule {
 // The row of a function, or null.
 const LayerRule* find_layer_rule(ai_layer_forward forward);
 
+// Whether the layer's type is one of the function's. Of others the record may be a smaller one: it
+// is not looked at.
+inline bool has_type_of(const ai_layer& layer, const LayerRule& rule) {
+  return layer.type == rule.types[0] || (rule.types[1] != 0 && layer.type == rule.types[1]);
+}
+
 // All rows, for tools.
 struct LayerRules {
   const LayerRule* rows;

@@ -2,6 +2,7 @@
 // Layers that lead through several branches.
 #include "check/details.hpp"
 #include "check/public_functions.hpp"
+#include "check/walk.hpp"
 
 namespace nnlib {
 
@@ -38,7 +39,7 @@ void check_add(LayerCheck& check) {
                             << " entries for branches, there are none";
   }
   const ai_layer* back = add.loop_back;
-  if (back == nullptr || back->forward != forward_split || back->forward == nullptr) {
+  if (back == nullptr || !is_layer(*back, forward_split, AI_LAYER_TYPE_SPLIT)) {
     Finding(check.report()) << "loop_back points to no split layer";
     return;
   }

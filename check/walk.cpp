@@ -26,11 +26,11 @@ const ai_layer* Walk::behind_add(const ai_layer_add& add) {
 
 void Walk::step() {
   const ai_layer& layer = *layer_;
-  if (layer.forward != nullptr && layer.forward == forward_add) {
+  if (is_layer(layer, forward_add, AI_LAYER_TYPE_ADD)) {
     layer_ = behind_add(record_of<ai_layer_add>(layer));
     return;
   }
-  if (layer.forward != nullptr && layer.forward == forward_split) {
+  if (is_layer(layer, forward_split, AI_LAYER_TYPE_SPLIT)) {
     const auto& split = record_of<ai_layer_split>(layer);
     if (split.count != 0 && split.branches != nullptr && depth_ < kDepth) {
       branches_[depth_++] = {&split, 0};

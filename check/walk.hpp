@@ -7,6 +7,11 @@
 
 namespace nnlib {
 
+// Whether the layer has that function, and the type that goes with it.
+inline bool is_layer(const ai_layer& layer, ai_layer_forward forward, uint16_t type) {
+  return forward != nullptr && layer.forward == forward && layer.type == type;
+}
+
 class Walk {
  public:
   explicit Walk(const ai_layer* first) : layer_(first) {}
