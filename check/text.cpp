@@ -18,7 +18,7 @@ Text& Text::operator<<(const char* text) {
   return *this;
 }
 
-Text& Text::operator<<(uint64_t number) {
+Text& Text::unsigned_number(uint64_t number) {
   char digits[20];
   size_t count = 0;
   do {
@@ -29,14 +29,6 @@ Text& Text::operator<<(uint64_t number) {
     *this << digits[--count];
   }
   return *this;
-}
-
-Text& Text::operator<<(int32_t number) {
-  if (number < 0) {
-    *this << '-';
-  }
-  const int64_t wide = number;
-  return *this << static_cast<uint64_t>(wide < 0 ? -wide : wide);
 }
 
 // As 1.23456e-7: exponents are few in sentences, and one form serves all sizes.

@@ -3,6 +3,7 @@
 #ifndef NNLIB_CHECK_TEXT_HPP
 #define NNLIB_CHECK_TEXT_HPP
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 
@@ -23,12 +24,19 @@ class Text {
 
   Text& operator<<(const char* text);
   Text& operator<<(char character);
-  Text& operator<<(uint64_t number);
-  Text& operator<<(uint32_t number) { return *this << uint64_t{number}; }
-  Text& operator<<(int32_t number);
   Text& operator<<(float number);  // six significant digits
+  template <std::integral Number>
+  Text& operator<<(Number number) {
+    if (number < 0) {
+      *this << '-';
+      return unsigned_number(~static_cast<uint64_t>(number) + 1);
+    }
+    return unsigned_number(static_cast<uint64_t>(number));
+  }
 
  private:
+  Text& unsigned_number(uint64_t number);
+
   char characters_[kCapacity + 1] = {};
   size_t length_ = 0;
 };
