@@ -28,3 +28,32 @@ template <class Output>
 NNLIB_ALWAYS_INLINE int32x4_t finish_lanes(const ShiftedChannel& c, int32x4_t sums) {
   return saturated_lanes<Output>(vshlq_r_s32(sums, -static_cast<int32_t>(c.shift & 31)));
 }
+
+// The same for lanes of four neighbouring channels.
+struct LaneChannels {
+  LaneChannels(const KoQuantization& q, uint32_t channel)
+      : multipliers(q.of_channels() ? vldrwq_s32(q.multiplier + channel)
+                                    : vdupq_n_s32(*q.multiplier)),
+        zeropoint(q.out_zeropoint) {
+    const int32x4_t shifts =
+        q.of_channels() ? vldrhq_s32(q.shift + channel) : vdupq_n_s32(*q.shift);
+    const int32x4_t most = vdupq_n_s32(33);
+    const int32x4_t one = vdupq_n_s32(1);
+    is_right = vcmpgtq_n_s32(shifts, 0);
+    left = vminq_s32(vmaxq_s32(vsubq_s32(one, shifts), one), most);
+    minus_right = vnegq_s32(vminq_s32(vmaxq_s32(shifts, vdupq_n_s32(0)), most));
+  }
+
+  template <class Output>
+  NNLIB_ALWAYS_INLINE int32x4_t finish(int32x4_t sums) const {
+    const int32x4_t t = vshlq_s32(sums, left);
+    const int32x4_t product =
+        vpselq_s32(vmulhq_s32(t, multipliers), vrmulhq_s32(t, multipliers), is_right);
+    const int32x4_t value = vaddq_n_s32(vrshlq_s32(product, minus_right), zeropoint);
+    return saturated_lanes<Output>(value);
+  }
+
+  int32x4_t multipliers, left, minus_right;
+  int32_t zeropoint;
+  mve_pred16_t is_right;
+};
