@@ -40,62 +40,92 @@ NNLIB_ALWAYS_INLINE int32x4_t load_lanes(const Activation* from) {
   }
 }
 
-// kPixels neighbouring outputs whose windows have the same parts inside the map.
+// Where the taps of a row of outputs are, in elements.
+struct TapSteps {
+  size_t step;   // from tap to tap
+  size_t next;   // from output to output
+  size_t pitch;  // from row to row
+  uint32_t width, rows;
+};
+
+// kPixels neighbouring outputs of the same taps: `taps` of each row, the first of them at `in` and
+// with the weights at `weights`.
 template <uint32_t kPixels, class Activation>
-NNLIB_ALWAYS_INLINE void depthwise_pixels(const Depthwise<Activation>& d, const BlockOfFour& block,
-                                          const Window& rows, const Window& columns,
-                                          uint32_t channel, Activation* out) {
-  const size_t step = d.order.channels;
-  const size_t next = step * d.g.stride_x;
-  const size_t pitch = step * d.g.in_width;
-  const auto* row = d.in + rows.begin * pitch + columns.begin * step + channel;
+NNLIB_ALWAYS_INLINE void depthwise_pixels(const TapSteps& s, const BlockOfFour& block,
+                                          const int16_t (*weights)[4], uint32_t taps,
+                                          const Activation* in, Activation* out) {
   int32x4_t sums[kPixels];
   int32x4_t weight_sum = vdupq_n_s32(0);
   NNLIB_UNROLL
   for (int32x4_t& sum : sums) {
     sum = block.bias;
   }
-  for (uint32_t ky = 0; ky < rows.count; ++ky, row += pitch) {
-    const int16_t(*weights)[4] = block.weights + (rows.tap + ky) * d.g.kernel_width + columns.tap;
-    const auto* at = row;
-    for (uint32_t left = columns.count; left > 0; --left, ++weights, at += step) {
-      const int32x4_t weight = vldrhq_s32(*weights);
-      weight_sum = vaddq_s32(weight_sum, weight);
-      const auto* pixel = at;
+  for (uint32_t row = s.rows; row > 0; --row, in += s.pitch, weights += s.width) {
+    const Activation* at = in;
+    const int16_t(*weight)[4] = weights;
+    for (uint32_t left = taps; left > 0; --left, ++weight, at += s.step) {
+      const int32x4_t w = vldrhq_s32(*weight);
+      const Activation* pixel = at;
+      weight_sum = vaddq_s32(weight_sum, w);
       NNLIB_UNROLL
-      for (uint32_t p = 0; p < kPixels; ++p, pixel += next) {
-        sums[p] = vaddq_s32(sums[p], vmulq_s32(load_lanes(pixel), weight));
+      for (uint32_t p = 0; p < kPixels; ++p, pixel += s.next) {
+        sums[p] = vaddq_s32(sums[p], vmulq_s32(load_lanes(pixel), w));
       }
     }
   }
   const int32x4_t less = vmulq_n_s32(weight_sum, block.zeropoint);
   NNLIB_UNROLL
-  for (uint32_t p = 0; p < kPixels; ++p, out += step) {
-    const int32x4_t values = block.to_output.template finish<Activation>(vsubq_s32(sums[p], less));
-    vstrbq_s32(reinterpret_cast<int8_t*>(out), values);
+  for (int32x4_t& sum : sums) {
+    sum = vsubq_s32(sum, less);
+  }
+  block.to_output.template finish<Activation>(sums);
+  NNLIB_UNROLL
+  for (uint32_t p = 0; p < kPixels; ++p, out += s.step) {
+    vstrbq_s32(reinterpret_cast<int8_t*>(out), sums[p]);
   }
 }
 
+// One output after the other, from x to end.
 template <class Activation>
-void depthwise_row(const Depthwise<Activation>& d, const Window& rows, uint32_t whole_begin,
-                   uint32_t whole_end, uint32_t channel, Activation* out) {
+__attribute__((noinline)) void depthwise_ones(const ConvGeometry& g, const TapSteps& s,
+                                              const BlockOfFour& block, const int16_t (*weights)[4],
+                                              const Activation* row, uint32_t x, uint32_t end,
+                                              Activation* out) {
+  for (; x < end; ++x) {
+    const Window columns = g.columns(x);
+    depthwise_pixels<1>(s, block, weights + columns.tap, columns.count,
+                        row + columns.begin * s.step, out + x * s.step);
+  }
+}
+
+// Four channels of a row of outputs; of those from begin to end all columns of the window are
+// inside the map.
+template <class Activation>
+void depthwise_row(const Depthwise<Activation>& d, const Window& rows, uint32_t begin, uint32_t end,
+                   uint32_t channel, Activation* out) {
   const BlockOfFour block(d, channel);
   const size_t step = d.order.channels;
+  const TapSteps steps = {step, step * d.g.stride_x, step * d.g.in_width, d.g.kernel_width,
+                          rows.count};
+  const Activation* row = d.in + rows.begin * steps.pitch + channel;
+  const int16_t(*weights)[4] = block.weights + rows.tap * steps.width;
   out += channel;
-  for (uint32_t x = 0; x < d.g.out_width;) {
-    const bool four = x >= whole_begin && x < whole_end && whole_end - whole_begin >= 4;
-    if (four) {
-      // The last four go back over what is done.
-      const uint32_t first = std::min(x, whole_end - 4);
-      depthwise_pixels<4>(d, block, rows, d.g.columns(first), channel, out + first * step);
-      x = first + 4;
-    } else {
-      Window columns = d.g.columns(x);
-      const Window visible = columns.empty() ? Window{0, 0, 0} : rows;
-      columns = visible.empty() ? Window{0, 0, 0} : columns;
-      depthwise_pixels<1>(d, block, visible, columns, channel, out + x * step);
-      ++x;
+  if (end - begin < 4) {
+    begin = end = 0;
+  }
+  if (begin < end) {
+    const Activation* whole = row + d.g.columns(begin).begin * step;
+    for (uint32_t x = begin; x < end; x += 4) {
+      x = std::min(x, end - 4);  // the last four go back over what is done
+      depthwise_pixels<4>(steps, block, weights, steps.width, whole + (x - begin) * steps.next,
+                          out + x * step);
     }
+  }
+  if (begin > 0) {
+    depthwise_ones(d.g, steps, block, weights, row, 0, begin, out);
+  }
+  if (end < d.g.out_width) {
+    depthwise_ones(d.g, steps, block, weights, row, end, d.g.out_width, out);
   }
 }
 
@@ -118,7 +148,7 @@ uint32_t depthwise_blocks(const Depthwise<Activation>& d, uint32_t y, Activation
   }
   const uint32_t channels = d.order.channels & ~3u;
   for (uint32_t channel = 0; channel < channels; channel += 4) {
-    depthwise_row(d, rows, rows.empty() ? 0 : begin, rows.empty() ? 0 : end, channel, out);
+    depthwise_row(d, rows, begin, end, channel, out);
   }
   return channels;
 }

@@ -44,13 +44,27 @@ struct LaneChannels {
     minus_right = vnegq_s32(vminq_s32(vmaxq_s32(shifts, vdupq_n_s32(0)), most));
   }
 
-  template <class Output>
-  NNLIB_ALWAYS_INLINE int32x4_t finish(int32x4_t sums) const {
-    const int32x4_t t = vshlq_s32(sums, left);
-    const int32x4_t product =
-        vpselq_s32(vmulhq_s32(t, multipliers), vrmulhq_s32(t, multipliers), is_right);
-    const int32x4_t value = vaddq_n_s32(vrshlq_s32(product, minus_right), zeropoint);
-    return saturated_lanes<Output>(value);
+  template <class Output, size_t kCount>
+  NNLIB_ALWAYS_INLINE void finish(int32x4_t (&sums)[kCount]) const {
+    if (is_right == 0xFFFF) {
+      NNLIB_UNROLL
+      for (int32x4_t& sum : sums) {
+        sum = vrshlq_s32(vmulhq_s32(vshlq_n_s32(sum, 1), multipliers), minus_right);
+        sum = saturated_lanes<Output>(vaddq_n_s32(sum, zeropoint));
+      }
+      return;
+    }
+    NNLIB_UNROLL
+    for (int32x4_t& sum : sums) {
+      sum = saturated_lanes<Output>(rescaled(sum));
+    }
+  }
+
+  // By shifts of either sign.
+  __attribute__((noinline)) int32x4_t rescaled(int32x4_t sum) const {
+    const int32x4_t t = vshlq_s32(sum, left);
+    sum = vpselq_s32(vmulhq_s32(t, multipliers), vrmulhq_s32(t, multipliers), is_right);
+    return vaddq_n_s32(vrshlq_s32(sum, minus_right), zeropoint);
   }
 
   int32x4_t multipliers, left, minus_right;

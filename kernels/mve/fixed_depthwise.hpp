@@ -12,11 +12,15 @@ inline void depthwise_block(const DepthwisePixel& pixel, uint32_t channel, mve_p
   }
   const uint32_t half = fixed_start<q7_t>(nullptr, 0, conv.shifts);
   sums = vaddq_n_s32(sums, static_cast<int32_t>(half));
-  for (uint32_t m = 0; m < pixel.rows.count; ++m) {
-    const q7_t* in = pixel.input(m, 0) + channel;
-    const q7_t* weights = pixel.weights(m, 0) + channel;
-    for (uint32_t left = pixel.columns.count; left > 0; --left, in += step, weights += step) {
-      sums = vaddq_s32(sums, vmulq_s32(vldrbq_z_s32(in, lanes), vldrbq_z_s32(weights, lanes)));
+  const q7_t* in = pixel.input(0, 0) + channel;
+  const q7_t* weights = pixel.weights(0, 0) + channel;
+  const size_t pitch = conv.geometry.in_width * step;
+  const size_t weight_pitch = conv.geometry.kernel_width * step;
+  for (uint32_t m = pixel.rows.count; m > 0; --m, in += pitch, weights += weight_pitch) {
+    const q7_t* at = in;
+    const q7_t* weight = weights;
+    for (uint32_t left = pixel.columns.count; left > 0; --left, at += step, weight += step) {
+      sums = vaddq_s32(sums, vmulq_s32(vldrbq_z_s32(at, lanes), vldrbq_z_s32(weight, lanes)));
     }
   }
   vstrbq_p_s32(out + channel, finish_lanes<q7_t>(ShiftedChannel{0, conv.shifts.out}, sums), lanes);
