@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/ko_requantize.h"
 
-#include <algorithm>
+#include <bit>
 #include <cmath>
+#include <limits>
 
 extern "C" {
 
@@ -11,15 +12,20 @@ int32_t align_factor(float scale, uint16_t* shift) {
   if (!(scale > 0.0f) || std::isinf(scale)) {
     return 0;
   }
-  int exponent;
-  float multiplier = std::frexp(scale, &exponent);  // 0.5 <= multiplier < 1
-  if (multiplier == 0.5f && exponent > 0) {  // from 1 on, powers of two have the multiplier 1
-    multiplier = 1.0f;
+  int exponent = -126;  // scale = significand * 2^exponent, 0.5 <= significand < 1
+  if (scale < std::numeric_limits<float>::min()) {
+    scale *= 0x1p24f;
+    exponent -= 24;
+  }
+  const uint32_t bits = std::bit_cast<uint32_t>(scale);
+  exponent += static_cast<int>(bits >> 23);
+  auto multiplier = static_cast<int32_t>((bits << 7 & 0x3FFFFFFF) | 0x40000000);
+  if (multiplier == 0x40000000 && exponent > 0) {  // from 1 on, powers of two have the multiplier 1
+    multiplier = INT32_MAX;
     --exponent;
   }
   *shift = static_cast<uint16_t>(-exponent);  // modulo 2^16: halvings count backwards
-  return static_cast<int32_t>(
-      std::min(static_cast<uint32_t>(multiplier * 2147483648.0f), uint32_t{INT32_MAX}));
+  return multiplier;
 }
 
 void align_factor_ch(float in_scale, float out_scale, const float* wt_scale, uint16_t channels,

@@ -60,6 +60,13 @@
 #define NNLIB_ALWAYS_INLINE inline
 #endif
 
+// Of loops that become vectors where there are any.
+#if defined(__GNUC__) && !defined(__clang__) && NNLIB_VECTOR_LANES == 1
+#define NNLIB_UNROLL_BY_FOUR _Pragma("GCC unroll 4")
+#else
+#define NNLIB_UNROLL_BY_FOUR
+#endif
+
 namespace nnlib {
 
 // Count elements of T as one value, for the operators of the language; T itself for one element.

@@ -12,6 +12,7 @@ void dot_block(const Weight* row0, const Weight* row1, const int16_t* columns, u
   const int16_t* column0 = columns;
   const int16_t* column1 = columns + (kPixels - 1) * length;
   uint32_t sum00 = 0, sum01 = 0, sum10 = 0, sum11 = 0;  // column, row
+  NNLIB_UNROLL_BY_FOUR
   for (uint32_t k = 0; k < length; ++k) {
     const int16_t weight0 = row0[k];
     const int16_t weight1 = row1[k];
