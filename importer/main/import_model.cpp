@@ -17,12 +17,18 @@ Graph read_model(std::span<const uint8_t> file, const ImportOptions& options) {
   return is_tflite(file) ? read_tflite(file, options.tflite) : read_onnx(file, options.read);
 }
 
-Graph prepare(Graph graph, const ImportOptions& options) {
+namespace {
+
+Graph run_passes(Graph graph, const ImportOptions& options) {
   graph.remove_dead();
   lower_truth(graph);
   push_transpositions(graph, options.channels_last_ports);
+  quantize_canonically(graph);
   if (options.strip_softmax) {
     strip_softmax(graph);
+  }
+  if (options.quantized_ports) {
+    add_quantized_ports(graph);
   }
   if (options.float_ports) {
     add_float_ports(graph);
@@ -36,6 +42,20 @@ Graph prepare(Graph graph, const ImportOptions& options) {
   compose(graph);
   fuse_activations(graph, [](const Node& node) { return activation_of(node).has_value(); });
   return graph;
+}
+
+}  // namespace
+
+Graph prepare(Graph graph, const ImportOptions& options) {
+  try {
+    return run_passes(std::move(graph), options);
+  } catch (const Refused&) {
+    throw;
+  } catch (const NotAvailable& why) {
+    throw Refused(why.reason);
+  } catch (const std::runtime_error& error) {
+    throw Refused(error.what());
+  }
 }
 
 Imported build(const Graph& prepared, const ImportOptions& options) {

@@ -14,9 +14,10 @@ struct ImportOptions {
   ReadOptions read;
   // Maps at inputs and outputs are [N, H, W, C], whatever the model's order is.
   bool channels_last_ports = true;
-  bool strip_softmax = false;  // leave out a softmax at the end
-  bool float_ports = false;    // float inputs and outputs of quantized networks
-  uint32_t alignment = 4;      // of what lies in the arena
+  bool strip_softmax = false;    // leave out a softmax at the end
+  bool quantized_ports = false;  // quantized inputs and outputs where the model converts there
+  bool float_ports = false;      // float inputs and outputs of quantized networks
+  uint32_t alignment = 4;        // of what lies in the arena
 };
 
 struct Imported {

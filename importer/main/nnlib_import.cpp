@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The commands: convert (the default), run.
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -38,7 +39,10 @@ struct Arguments {
   ImportOptions options;
   std::string weights = "inside";
   std::string arena = "inside";
-  std::string io_type = "quantized";
+  std::string io = "nhwc";
+  std::string io_type = "model";
+  std::vector<std::string> freeze;
+  std::vector<std::string> input_dims;
   std::vector<std::string> inputs;
   std::vector<std::string> outputs;
   std::string layers;
@@ -87,15 +91,51 @@ void run(const Arguments& a) {
 }
 
 void add_model(CLI::App& command, Arguments& a) {
-  command.add_option("model", a.model, "model.tflite")->required()->check(CLI::ExistingFile);
+  command.add_option("model", a.model, "model.tflite or model.onnx")
+      ->required()
+      ->check(CLI::ExistingFile);
   command.add_flag("--strip-softmax", a.options.strip_softmax,
                    "leave out a softmax at the end: the largest output stays the largest");
+  command.add_option("--io", a.io, "order of maps at inputs and outputs: the model's own or NHWC")
+      ->check(CLI::IsMember({"model", "nhwc"}));
   command.add_option("--io-type", a.io_type, "inputs and outputs of quantized networks")
-      ->check(CLI::IsMember({"float", "quantized"}));
+      ->check(CLI::IsMember({"model", "float", "quantized"}));
+  command.add_option(
+      "--freeze", a.freeze,
+      "NAME=numbers or NAME=file (.pb or raw elements): an input that is a constant");
+  command.add_option("--input-dim", a.input_dims, "NAME=size of an open dimension");
   command.add_option("--alignment", a.options.alignment, "of tensors in the arena")
       ->check(CLI::IsMember({"4", "8", "16"}));
   command.add_flag("--ignore-cell-clip", a.options.tflite.ignore_cell_clip,
                    "leave out the clipping of an LSTM's cell state");
+}
+
+std::map<std::string, std::string, std::less<>> pairs_of(const std::vector<std::string>& given) {
+  std::map<std::string, std::string, std::less<>> pairs;
+  for (const std::string& pair : given) {
+    const size_t equals = pair.rfind('=');
+    if (equals == std::string::npos || equals == 0) {
+      throw CLI::ValidationError(pair, "NAME=... is expected");
+    }
+    pairs[pair.substr(0, equals)] = pair.substr(equals + 1);
+  }
+  return pairs;
+}
+
+// What the words of the command line mean for the import.
+void settle_options(Arguments& a) {
+  a.options.float_ports = a.io_type == "float";
+  a.options.quantized_ports = a.io_type == "quantized";
+  a.options.channels_last_ports = a.io == "nhwc";
+  a.options.read.freeze_text = pairs_of(a.freeze);
+  for (const auto& [name, size] : pairs_of(a.input_dims)) {
+    int64_t number = 0;
+    const auto [end, error] = std::from_chars(size.data(), size.data() + size.size(), number);
+    if (error != std::errc() || end != size.data() + size.size() || number < 1) {
+      throw CLI::ValidationError(size, "a size above 0 is expected");
+    }
+    a.options.read.input_dims[name] = number;
+  }
 }
 
 }  // namespace
@@ -135,7 +175,7 @@ int main(int argc, char** argv) {
   std::reverse(arguments.begin(), arguments.end());
   try {
     app.parse(std::move(arguments));
-    a.options.float_ports = a.io_type == "float";
+    settle_options(a);
     if (convert_command->parsed()) {
       convert(a);
     } else if (run_command->parsed()) {

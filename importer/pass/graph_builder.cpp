@@ -10,24 +10,18 @@
 namespace nnlib::importer {
 namespace {
 
-// Where each axis of size above 1 is after a reshape that only adds and drops axes of size 1, or
-// nothing for another reshape.
-std::optional<Shape> squeezed_axes(const Shape& from, const Shape& to) {
-  Shape map(from.size(), 0);
-  size_t next = 0;
-  for (size_t axis = 0; axis < from.size(); ++axis) {
-    if (from[axis] == 1) {
-      continue;
+// Where an axis is after a reshape that splits or joins others only, or -1.
+int64_t axis_after_reshape(const Shape& from, int64_t axis, const Shape& to) {
+  const auto middle = from.begin() + axis;
+  const int64_t before = element_count({from.begin(), middle});
+  int64_t product = 1;
+  for (size_t i = 0; i < to.size(); ++i) {
+    if (product == before && to[i] == *middle) {
+      return static_cast<int64_t>(i);
     }
-    while (next < to.size() && to[next] == 1) {
-      ++next;
-    }
-    if (next == to.size() || to[next] != from[axis]) {
-      return std::nullopt;
-    }
-    map[axis] = static_cast<int64_t>(next++);
+    product *= to[i];
   }
-  return map;
+  return -1;
 }
 
 bool is_identity(const Shape& perm) {
@@ -154,12 +148,12 @@ ValueId GraphBuilder::reshape(ValueId x, Shape new_shape) {
   }
   std::optional<Quantization> quantization = from.quantization;
   if (quantization && !quantization->per_tensor()) {
-    const std::optional<Shape> axes = squeezed_axes(from.shape, new_shape);
-    if (!axes) {
+    quantization->axis =
+        static_cast<int>(axis_after_reshape(from.shape, quantization->axis, new_shape));
+    if (quantization->axis < 0) {
       throw NotAvailable{"it mixes an axis that has a scale for each index with others",
                          "quantize per tensor"};
     }
-    quantization = moved_quantization(x, *axes);
   }
   return emit(Op::reshape, {x}, from.type, std::move(new_shape), {}, quantization);
 }

@@ -36,4 +36,33 @@ void add_float_ports(Graph& graph) {
   }
 }
 
+void add_quantized_ports(Graph& graph) {
+  for (ValueId& id : graph.inputs) {
+    const std::vector<int> readers = graph.consumers(id);
+    if (readers.size() != 1 || graph.is_output(id)) {
+      continue;
+    }
+    const Node& node = graph.nodes[static_cast<size_t>(readers[0])];
+    if (node.op == Op::quantize && !graph.is_output(node.output())) {
+      const std::string name = graph.value(id).name;
+      id = node.output();
+      graph.nodes.erase(graph.nodes.begin() + readers[0]);
+      graph.rename(id, name);
+    }
+  }
+  for (ValueId& id : graph.outputs) {
+    const int giver = graph.producer(id);
+    if (giver < 0 || graph.nodes[static_cast<size_t>(giver)].op != Op::dequantize) {
+      continue;
+    }
+    const ValueId bytes = graph.nodes[static_cast<size_t>(giver)].input(0);
+    if (!graph.is_input(bytes) && !graph.is_output(bytes) && !graph.value(bytes).constant()) {
+      const std::string name = graph.value(id).name;
+      id = bytes;
+      graph.rename(id, name);
+    }
+  }
+  graph.remove_dead();
+}
+
 }  // namespace nnlib::importer

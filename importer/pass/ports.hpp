@@ -13,6 +13,9 @@ void strip_softmax(Graph& graph);
 // Quantized inputs and outputs become float ones.
 void add_float_ports(Graph& graph);
 
+// An input that is quantized at once, and an output that is dequantized at last, become quantized.
+void add_quantized_ports(Graph& graph);
+
 }  // namespace nnlib::importer
 
 #endif

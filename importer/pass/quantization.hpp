@@ -17,6 +17,11 @@ bool give_quantization(Graph& graph, ValueId id, const Quantization& quantizatio
 // Whether the bytes of an operator's result are bytes of its inputs.
 bool moves_bytes(Op op);
 
+// dequantize - operator - quantize becomes the operator on quantized values, and a function of one
+// value between them a table of 256; moves and relu come between the quantize before and the
+// dequantize after them. What is left of dequantized constants is folded.
+void quantize_canonically(Graph& graph);
+
 }  // namespace nnlib::importer
 
 #endif

@@ -71,6 +71,18 @@ class Reader {
       ids_[port.name] = graph_.add(std::move(value));
       return;
     }
+    const auto text = options_.freeze_text.find(port.name);
+    if (text != options_.freeze_text.end() && port.is_tensor) {
+      Shape declared;
+      for (const OnnxDim& dim : port.shape) {
+        declared.push_back(dim.size);
+      }
+      Value value = frozen_value(text->second, port.type == Type::f64 ? Type::f32 : port.type,
+                                 std::move(declared));
+      value.name = port.name;
+      ids_[port.name] = graph_.add(std::move(value));
+      return;
+    }
     if (!port.is_tensor || !port.has_shape) {
       refuse_port(port.name, port.is_tensor ? "its shape is not known" : "it is no tensor",
                   "tensors with a shape are taken");
