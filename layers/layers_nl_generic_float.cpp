@@ -44,15 +44,15 @@ void map(ai_array* out_array, const ai_array* in_array, ai_size size, Op op) {
 // A function with a form for arrays.
 struct Exp {
   static float of(float x) { return Ops::exp(x); }
-  static constexpr auto of_array = nnlib::exp_f32;
+  static void of_array(float* y, const float* x, ai_size n) { nnlib::exp_f32(y, x, n); }
 };
 struct Sigmoid {
   static float of(float x) { return Ops::sigmoid(x); }
-  static constexpr auto of_array = nnlib::sigmoid_f32;
+  static void of_array(float* y, const float* x, ai_size n) { nnlib::sigmoid_f32(y, x, n); }
 };
 struct Tanh {
   static float of(float x) { return Ops::tanh(x); }
-  static constexpr auto of_array = nnlib::tanh_f32;
+  static void of_array(float* y, const float* x, ai_size n) { nnlib::tanh_f32(y, x, n); }
 };
 
 // out[i] = op(in[i], Function::of(in[i])), as map.

@@ -15,15 +15,17 @@ namespace {
 // out[i] = exp(in[i] - largest); returns their sum, from 0 in order.
 float exponentials(float* out, const float* in, ai_size count, float largest) {
   float sum = 0.0f;
-  if (nnlib::kHasExactArrays && nnlib::same_or_apart(out, in, count)) {
-    for (ai_size i = 0; i < count; ++i) {
-      out[i] = in[i] - largest;
+  if constexpr (nnlib::kHasExactArrays) {
+    if (nnlib::same_or_apart(out, in, count)) {
+      for (ai_size i = 0; i < count; ++i) {
+        out[i] = in[i] - largest;
+      }
+      nnlib::exp_f32(out, out, count);
+      for (ai_size i = 0; i < count; ++i) {
+        sum += out[i];
+      }
+      return sum;
     }
-    nnlib::exp_f32(out, out, count);
-    for (ai_size i = 0; i < count; ++i) {
-      sum += out[i];
-    }
-    return sum;
   }
   for (ai_size i = 0; i < count; ++i) {
     out[i] = nnlib::Ops::exp(in[i] - largest);
