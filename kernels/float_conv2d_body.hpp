@@ -75,8 +75,14 @@ NNLIB_ALWAYS_INLINE void conv_block(const Chunk& chunk, const Line& line, const 
   }
   for (size_t i = 0; i < runs.count; ++i) {
     const Runs::Run& run = runs.run[i];
-    const Tile tile = {chunk.tile.data + run.tile, chunk.tile.k_pitch, chunk.tile.vector_pitch};
-    accumulate(acc, in + run.in, line.in_pitch, 1, tile, run.depth);
+    const float* tile = chunk.tile.data + run.tile;
+#if NNLIB_LANES == 1
+    accumulate_contiguous(acc, in + run.in, line.in_pitch, tile, chunk.tile.vector_pitch,
+                          run.depth);
+#else
+    accumulate(acc, in + run.in, line.in_pitch, 1,
+               {tile, chunk.tile.k_pitch, chunk.tile.vector_pitch}, run.depth);
+#endif
   }
   store_block(out, acc, line.out_pitch, chunk.columns.lanes);
 }
@@ -114,6 +120,15 @@ void conv_sweep(const Conv2d& conv, const Chunk& chunk) {
       conv_line<NV>(conv, chunk, line_along_y(conv, x, y, count));
       y += count;
     }
+  }
+}
+
+template <size_t NV = kTileVectors>
+void conv_columns(const Conv2d& conv, const Chunk& chunk) {
+  if (chunk.columns.vectors == NV) {
+    conv_sweep<NV>(conv, chunk);
+  } else if constexpr (NV > 1) {
+    conv_columns<NV / 2>(conv, chunk);
   }
 }
 
@@ -171,11 +186,7 @@ inline void conv2d(const Conv2d& conv) {
       if (kPacks) {
         pack_weights(buffer, conv, columns, chunk.first, chunk.depth);
       }
-      if (columns.vectors == kTileVectors) {
-        conv_sweep<kTileVectors>(conv, chunk);
-      } else {
-        conv_sweep<1>(conv, chunk);
-      }
+      conv_columns(conv, chunk);
       chunk.bias = nullptr;
       chunk.first += chunk.depth;
     } while (chunk.first < total);

@@ -63,20 +63,26 @@ inline void depthwise_line_3x3(const Conv2d& conv, size_t channel, const Line& l
   const Vec bias = conv.bias != nullptr ? load(conv.bias + channel) : Vec{};
   const size_t row_pitch = conv.y.dilation * conv.y.in_pitch;
   const size_t column_pitch = conv.x.dilation * conv.x.in_pitch;
-  const float* in =
+  const ptrdiff_t to_next =
+      static_cast<ptrdiff_t>(line.in_pitch) - static_cast<ptrdiff_t>(2 * column_pitch);
+  const float* in[3];
+  in[0] =
       conv.in + line.rows.begin * conv.y.in_pitch + line.columns.begin * conv.x.in_pitch + channel;
+  in[1] = in[0] + row_pitch;
+  in[2] = in[1] + row_pitch;
   float* out = line.out + channel;
   for (uint32_t pixel = 0; pixel < line.count; ++pixel) {
     Vec acc = bias;
     NNLIB_UNROLL
     for (size_t row = 0; row < 3; ++row) {
-      NNLIB_UNROLL
-      for (size_t column = 0; column < 3; ++column) {
-        acc += load(in + row * row_pitch + column * column_pitch) * w[row][column];
-      }
+      acc += load(in[row]) * w[row][0];
+      in[row] += column_pitch;
+      acc += load(in[row]) * w[row][1];
+      in[row] += column_pitch;
+      acc += load(in[row]) * w[row][2];
+      in[row] += to_next;
     }
     store(out, acc);
-    in += line.in_pitch;
     out += line.out_pitch;
   }
 }

@@ -26,6 +26,16 @@ void product_rows(const Product& p, const Columns& columns, Tile tile, size_t fi
   }
 }
 
+template <size_t NV = kTileVectors>
+void product_columns(const Product& p, const Columns& columns, Tile tile, size_t first,
+                     size_t depth) {
+  if (columns.vectors == NV) {
+    product_rows<NV>(p, columns, tile, first, depth);
+  } else if constexpr (NV > 1) {
+    product_columns<NV / 2>(p, columns, tile, first, depth);
+  }
+}
+
 // Any number of rows, tile by tile of columns and depth.
 inline void product_tiles(const Product& p) {
   alignas(64) TileBuffer buffer;
@@ -41,11 +51,7 @@ inline void product_tiles(const Product& p) {
         pack(buffer, b, p.b.row_pitch, p.b.k_pitch, columns, depth);
         tile = {buffer, columns.vectors * kLanes, kLanes};
       }
-      if (columns.vectors == kTileVectors) {
-        product_rows<kTileVectors>(p, columns, tile, first, depth);
-      } else {
-        product_rows<1>(p, columns, tile, first, depth);
-      }
+      product_columns(p, columns, tile, first, depth);
       first += depth;
     } while (first < p.depth);
     column = columns.next;

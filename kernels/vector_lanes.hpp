@@ -5,13 +5,22 @@
 constexpr size_t kLanes = NNLIB_LANES;
 using Vec = VectorOf<float, kLanes>::type;
 
+// (A copy of bytes would take a single float through an integer's register.)
 NNLIB_ALWAYS_INLINE Vec load(const float* from) {
+#if NNLIB_LANES == 1
+  return *from;
+#else
   Vec v;
   std::memcpy(&v, from, sizeof(v));
   return v;
+#endif
 }
 NNLIB_ALWAYS_INLINE void store(float* to, Vec v) {
+#if NNLIB_LANES == 1
+  *to = v;
+#else
   std::memcpy(to, &v, sizeof(v));
+#endif
 }
 
 // The first count lanes, at most kLanes; the others are 0 and are not stored.
