@@ -303,6 +303,24 @@ TEST(LayerCheck, NormalizationAndParameters) {
                        "layer 0, forward_clip: nl_params is missing, 2 values are needed"}});
 }
 
+// A conversion to fixed point with integer bits scales its input in place.
+TEST(LayerCheck, ConversionThatChangesItsInput) {
+  int8_t codes_data[6];
+  nnlib::tensor x({1, 2, 1, 3}, numbers, nnlib::copied),
+      y({1, 2, 1, 3}, numbers + 8, nnlib::copied);
+  nnlib::tensor codes(AI_ARRAY_FORMAT_MAKE_Q(8, 7) | nnlib::copied, {1, 2, 1, 3}, codes_data);
+  nnlib::layer_chain tanh_chain(nnlib::list(x), nnlib::list(y));
+  nnlib::layer_chain convert_chain(nnlib::list(x), nnlib::list(codes));
+  ai_layer_nl tanh = {nnlib::layer(AI_LAYER_TYPE_NL, forward_tanh, tanh_chain), nullptr};
+  ai_layer convert = nnlib::layer(AI_LAYER_TYPE_NL, node_convert, convert_chain, &tanh.base);
+  nnlib::network<1, 2> network(nnlib::list(x), nnlib::list(codes, y), convert);
+  EXPECT_EQ(findings(network), "");
+  codes.array.format = AI_ARRAY_FORMAT_MAKE_Q(8, 4) | nnlib::copied;
+  EXPECT_EQ(findings(network),
+            "layer 1, forward_tanh: input 0, an input of the network, is overwritten by input 0 of "
+            "layer 0");
+}
+
 // The first branch is one layer, the second two.
 struct Branches {
   nnlib::tensor x{{1, 2, 1, 3}, numbers}, between{{1, 2, 1, 3}, numbers + 8};
