@@ -58,34 +58,6 @@ inline void product_tiles(const Product& p) {
   }
 }
 
-#if NNLIB_LANES == 1
-// As accumulate, for four k at a time, contiguous in a and b: small cores then need no arithmetic
-// for the addresses. Returns how many k that were.
-template <size_t NV>
-size_t accumulate_fours(Vec (&acc)[1][NV], const float* a, const float* b, size_t column_pitch,
-                        size_t depth) {
-  const float* columns[NV];
-  for (size_t v = 0; v < NV; ++v) {
-    columns[v] = b + v * column_pitch;
-  }
-  size_t k = 0;
-  for (; k + 4 <= depth; k += 4, a += 4) {
-    NNLIB_UNROLL
-    for (size_t i = 0; i < 4; ++i) {
-      NNLIB_UNROLL
-      for (size_t v = 0; v < NV; ++v) {
-        acc[0][v] += a[i] * columns[v][i];
-      }
-    }
-    NNLIB_UNROLL
-    for (size_t v = 0; v < NV; ++v) {
-      columns[v] += 4;
-    }
-  }
-  return k;
-}
-#endif
-
 // One row of a times NV vectors of columns of b whose row_pitch is 1 (without vectors: any).
 template <size_t NV>
 void row_columns_in_place(const Product& p, size_t column) {
@@ -94,7 +66,8 @@ void row_columns_in_place(const Product& p, size_t column) {
   size_t k = 0;
 #if NNLIB_LANES == 1
   if (p.a.k_pitch == 1 && p.b.k_pitch == 1) {
-    k = accumulate_fours(acc, p.a.data, b, p.b.row_pitch, p.depth);
+    accumulate_contiguous(acc, p.a.data, 0, b, p.b.row_pitch, p.depth);
+    k = p.depth;
   }
 #endif
   accumulate(acc, p.a.data + k * p.a.k_pitch, 0, p.a.k_pitch,
@@ -202,7 +175,7 @@ inline void product_vector(const Product& p) {
   } else if (kPacks && p.b.row_pitch != 1) {
     product_row<true, 2>(p);
   } else {
-    product_row<false, kPacks ? 8 : 4>(p);
+    product_row<false, kPacks ? 8 : kBlockSums / 2>(p);
   }
 }
 

@@ -7,12 +7,13 @@ namespace nnlib {
 
 namespace {
 
-bool processor_has_avx2() {
+bool processor_has_wide() {
   __builtin_cpu_init();
-  return __builtin_cpu_supports("avx2") != 0;
+  return __builtin_cpu_supports("avx2") != 0 &&
+         (NNLIB_FUSED_MULTIPLY_ADD == 0 || __builtin_cpu_supports("fma") != 0);
 }
 
-bool use_wide = processor_has_avx2();
+bool use_wide = processor_has_wide();
 
 }  // namespace
 
@@ -21,7 +22,7 @@ bool vector_wide() {
 }
 
 void vector_allow_wide(bool allow) {
-  use_wide = allow && processor_has_avx2();
+  use_wide = allow && processor_has_wide();
 }
 
 #else

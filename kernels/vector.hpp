@@ -15,6 +15,9 @@
 // What a body calls and is not inlined belongs into a body too: a call from the wide instance into
 // code compiled without AVX2 costs hundreds of cycles.
 //
+// With NNLIB_FUSED_MULTIPLY_ADD the build lets the compiler fuse product and sum in the float
+// kernels; the wide instances then need a processor with such instructions.
+//
 // narrow:: is what the target has anyway: 4 lanes of float32, or 1 where there is no vector unit
 // with IEEE arithmetic. wide:: is compiled for AVX2 (without fused multiply-add), 8 lanes, and runs
 // where the processor has it. A kernel keeps each output's sum sequential in either, so that all
@@ -39,6 +42,10 @@
 #define NNLIB_VECTOR_WIDE 1
 #else
 #define NNLIB_VECTOR_WIDE 0
+#endif
+
+#if !defined(NNLIB_FUSED_MULTIPLY_ADD)
+#define NNLIB_FUSED_MULTIPLY_ADD 0
 #endif
 
 #if NNLIB_VECTOR_WIDE

@@ -14,8 +14,13 @@ namespace nnlib::narrow {
 }  // namespace nnlib::narrow
 
 #if NNLIB_VECTOR_WIDE
-#if defined(__clang__)
+#if defined(__clang__) && NNLIB_FUSED_MULTIPLY_ADD
+#pragma clang attribute push(__attribute__((target("avx2,fma"))), apply_to = function)
+#elif defined(__clang__)
 #pragma clang attribute push(__attribute__((target("avx2"))), apply_to = function)
+#elif NNLIB_FUSED_MULTIPLY_ADD
+#pragma GCC push_options
+#pragma GCC target("avx2,fma")
 #else
 #pragma GCC push_options
 #pragma GCC target("avx2")
