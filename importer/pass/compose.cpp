@@ -11,7 +11,8 @@ namespace {
 
 bool compose_once(Graph& graph, GraphBuilder& b) {
   bool changed = false;
-  for (size_t i = 0; i < graph.nodes.size(); ++i) {
+  const size_t count = graph.nodes.size();
+  for (size_t i = 0; i < count; ++i) {
     const Node node = graph.nodes[i];
     if (node.outputs.size() != 1 ||
         (graph.consumers(node.output()).empty() && !graph.is_output(node.output()))) {

@@ -67,7 +67,8 @@ class Layout {
     // Each step moves a node towards an end or removes one; the bound is for safety.
     for (size_t round = 0; round < 1000; ++round) {
       bool changed = false;
-      for (size_t i = 0; i < g_.nodes.size(); ++i) {
+      const size_t count = g_.nodes.size();
+      for (size_t i = 0; i < count; ++i) {
         const Node node = g_.nodes[i];
         if (node.outputs.size() == 1 && is_read(node.output())) {
           b_.set_context(node);
@@ -231,12 +232,15 @@ class Layout {
     }
     const Shape inverse = inverse_permutation(perm);
     if (!b_.constant(id)) {
-      // Another activation: worth it where its own transposition is needed anyway.
+      // Another activation: worth it where its own transposition is needed anyway. Towards
+      // channels last alone, or two operands would take turns for ever.
       const std::vector<int> readers = g_.consumers(id);
-      const bool there = std::any_of(readers.begin(), readers.end(), [&](int reader) {
-        const Node& other = g_.nodes[static_cast<size_t>(reader)];
-        return other.op == Op::transpose && other.integers("perm") == inverse;
-      });
+      const bool there =
+          is_channels_last(inverse) && std::any_of(readers.begin(), readers.end(), [&](int reader) {
+            const Node& other = g_.nodes[static_cast<size_t>(reader)];
+            return other.op == Op::transpose && other.integers("perm") == inverse &&
+                   is_read(other.output());
+          });
       const bool small = std::count_if(value.shape.begin(), value.shape.end(),
                                        [](int64_t size) { return size != 1; }) <= 1;
       if (!there && !small) {

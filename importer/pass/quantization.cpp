@@ -85,7 +85,8 @@ class Canonical {
  private:
   bool round_of_rules() {
     bool changed = false;
-    for (size_t i = 0; i < g_.nodes.size(); ++i) {
+    const size_t count = g_.nodes.size();
+    for (size_t i = 0; i < count; ++i) {
       const Node node = g_.nodes[i];
       if (node.outputs.size() != 1 ||
           (g_.consumers(node.output()).empty() && !g_.is_output(node.output()))) {
