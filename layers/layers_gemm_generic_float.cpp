@@ -15,12 +15,6 @@ struct Matrix {
   size_t columns;
   size_t row_pitch;
   size_t column_pitch;
-
-  // From (row, column) on.
-  Matrix part(size_t row, size_t column, size_t part_rows, size_t part_columns) const {
-    return {data + row * row_pitch + column * column_pitch, part_rows, part_columns, row_pitch,
-            column_pitch};
-  }
 };
 
 Matrix matrix_of(const ai_tensor& tensor, bool transposed = false) {
@@ -42,33 +36,38 @@ bool overlap(const Matrix& a, const Matrix& b) {
          at(b.data) < at(a.data + a.rows * a.columns);
 }
 
-// out = a * b
-void multiply(const Matrix& out, const Matrix& a, const Matrix& b) {
-  product_f32(out.data, out.row_pitch, {a.data, a.row_pitch, a.column_pitch},
-              {b.data, b.column_pitch, b.row_pitch}, out.rows, out.columns, a.columns);
+// `rows` rows of `columns` columns of a * b.
+void multiply(float* out, size_t out_pitch, const Matrix& a, size_t row, size_t rows,
+              const Matrix& b, size_t column, size_t columns) {
+  product_f32(out, out_pitch, {a.data + row * a.row_pitch, a.row_pitch, a.column_pitch},
+              {b.data + column * b.column_pitch, b.column_pitch, b.row_pitch}, rows, columns,
+              a.columns);
 }
 
-// y = c * beta + sums * alpha
-void add_scaled(const Matrix& y, const Matrix& c, const Matrix& sums, float alpha, float beta) {
-  for (size_t i = 0; i < y.rows; ++i) {
-    for (size_t j = 0; j < y.columns; ++j) {
-      y.data[i * y.row_pitch + j] = c.data[i * c.row_pitch + j * c.column_pitch] * beta +
-                                    sums.data[i * sums.row_pitch + j] * alpha;
-    }
+struct Factors {
+  float alpha;
+  float beta;
+};
+
+// A piece of a row: y = c * beta + sums * alpha.
+void add_scaled(float* y, const float* c, size_t c_pitch, const float* sums, size_t count,
+                Factors factors) {
+  for (size_t j = 0; j < count; ++j) {
+    y[j] = c[j * c_pitch] * factors.beta + sums[j] * factors.alpha;
   }
 }
 
-// Element after element: c may lie in y.
-void add_product(const Matrix& y, const Matrix& a, const Matrix& b, const Matrix& c, float alpha,
-                 float beta) {
-  constexpr size_t kPart = 64;
-  float sums[kPart];
+// Element after element: c may lie in y. Its stack is kept off the other way.
+[[gnu::noinline]] void add_product(const Matrix& y, const Matrix& a, const Matrix& b,
+                                   const Matrix& c, Factors factors) {
+  constexpr size_t kPiece = 64;
+  float sums[kPiece];
   for (size_t i = 0; i < y.rows; ++i) {
-    for (size_t j = 0; j < y.columns; j += kPart) {
-      const size_t count = std::min(kPart, y.columns - j);
-      const Matrix sum = {sums, 1, count, count, 1};
-      multiply(sum, a.part(i, 0, 1, a.columns), b.part(0, j, b.rows, count));
-      add_scaled(y.part(i, j, 1, count), c.part(i, j, 1, count), sum, alpha, beta);
+    for (size_t j = 0; j < y.columns; j += kPiece) {
+      const size_t count = std::min(kPiece, y.columns - j);
+      multiply(sums, 0, a, i, 1, b, j, count);
+      add_scaled(y.data + i * y.row_pitch + j, c.data + i * c.row_pitch + j * c.column_pitch,
+                 c.column_pitch, sums, count, factors);
     }
   }
 }
@@ -123,11 +122,15 @@ void forward_gemm(ai_layer* layer) {
   // Repeated along its dimensions of 1.
   const Matrix added = {c.data, c.rows, c.columns, c.rows == 1 ? 0 : c.row_pitch,
                         c.columns == 1 ? 0 : c.column_pitch};
+  const Factors factors = {gemm.alpha, gemm.beta};
   if (overlap(c, y)) {
-    add_product(y, a, b, added, gemm.alpha, gemm.beta);
-  } else {
-    multiply(y, a, b);
-    add_scaled(y, added, y, gemm.alpha, gemm.beta);
+    add_product(y, a, b, added, factors);
+    return;
+  }
+  multiply(y.data, y.row_pitch, a, 0, y.rows, b, 0, y.columns);
+  for (size_t i = 0; i < y.rows; ++i) {
+    float* row = y.data + i * y.row_pitch;
+    add_scaled(row, added.data + i * added.row_pitch, added.column_pitch, row, y.columns, factors);
   }
 }
 

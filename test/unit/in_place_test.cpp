@@ -156,13 +156,13 @@ std::vector<float> table() {
 }
 
 #define NL(op) {#op, kFloat, forward_##op},
-#define FIXED(op, ...)                   \
-  {#op " Q7", kQ7, op, ##__VA_ARGS__}, { \
-#op " Q15", kQ15, op, ##__VA_ARGS__  \
+#define FIXED(op, ...)                               \
+  {#op " Q7", kQ7, op __VA_OPT__(, ) __VA_ARGS__}, { \
+#op " Q15", kQ15, op __VA_OPT__(, ) __VA_ARGS__  \
   }
-#define INTEGER(op, ...)                 \
-  {#op " S8", kS8, op, ##__VA_ARGS__}, { \
-#op " U8", kU8, op, ##__VA_ARGS__    \
+#define INTEGER(op, ...)                             \
+  {#op " S8", kS8, op __VA_OPT__(, ) __VA_ARGS__}, { \
+#op " U8", kU8, op __VA_OPT__(, ) __VA_ARGS__    \
   }
 
 INSTANTIATE_TEST_SUITE_P(
