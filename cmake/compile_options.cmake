@@ -14,9 +14,10 @@ function(nnlib_options target)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
   # A product and a sum never fuse: results are the same bits with and without fused
   # multiply-add hardware.
-  # Clang's pass-failed: loops that may become vectors need not.
+  # Clang's pass-failed: loops that may become vectors need not. psabi: notes on old compilers.
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -ffp-contract=off
                                            $<$<CXX_COMPILER_ID:Clang>:-Wno-pass-failed>
+                                           $<$<CXX_COMPILER_ID:GNU>:-Wno-psabi>
                                            ${nnlib_optimisation} ${nnlib_path_map})
   if(NNLIB_WERROR)
     target_compile_options(${target} PRIVATE -Werror)

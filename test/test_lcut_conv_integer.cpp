@@ -47,7 +47,13 @@ constexpr nnlib::dims dims_of(const Map& map) {
       stem##_pscale_weights_##format, stem##_pzeropoint_weights_##format,                      \
       stem##_pscale_out_##format, stem##_pzeropoint_out_##format
 
-// A layer's tensors. Scratch is full of rubbish; a fused layer's rows come before its kernel's.
+// The scratch of all cases: rubbish, then whatever the case before left. Memory is scarce on a
+// board.
+struct alignas(4) ScratchBytes : rubbish_storage<uint8_t, 512> {};
+constinit ScratchBytes scratch_bytes;
+constinit rubbish_storage<uint8_t, 128> map_bytes;
+
+// A layer's tensors. A fused layer's rows of the map come before its kernel's scratch.
 template <class T, class W, size_t Outputs, size_t Entries>
 struct Tensors {
   template <size_t Inputs, size_t Weights, size_t Biases>
@@ -63,8 +69,9 @@ struct Tensors {
         weights(s.weights(), weight_data, 0, &weights_intq),
         bias({1, s.out.c, 1, 1}, bias_data),
         out(dims_of(s.fused() ? s.pooled : s.out), out_data, 0, &out_intq),
-        scratch({1, sizeof(scratch_data), 1, 1}, scratch_data),
-        map({1, s.out.c, s.out.w, s.fused() ? 3 : s.out.h}, map_data, 0, &out_intq),
+        scratch({1, sizeof(scratch_bytes.storage), 1, 1}, scratch_bytes.storage),
+        map(nnlib::format_of<T>, {1, s.out.c, s.out.w, s.fused() ? 3 : s.out.h}, map_bytes.storage,
+            &out_intq),
         chain(nnlib::list(in), nnlib::list(out), nnlib::list(weights, bias),
               nnlib::list(s.fused() ? map : scratch, s.fused() ? scratch : map)),
         pad{s.pad.h, s.pad.w, pad_after(s.in.h, s.kernel.h, s.stride.h, s.pad.h, s.out.h),
@@ -74,9 +81,6 @@ struct Tensors {
     }
     for (T& element : out_data) {
       element = static_cast<T>(0xA5);
-    }
-    for (uint8_t& element : scratch_data) {
-      element = 0x5A;
     }
   }
   constexpr ai_layer_conv2d layer(const Shape& s, ai_nl_func function = nullptr,
@@ -99,8 +103,6 @@ struct Tensors {
   nnlib::layer_chain<1, 1, 2, 2> chain;
   uint32_t pad[AI_SHAPE_DIMS];
   T out_data[Outputs] = {};
-  alignas(4) uint8_t scratch_data[512] = {};
-  T map_data[128] = {};
 };
 
 // A convolution of the named data and shape within one step of its reference.

@@ -34,9 +34,18 @@ in_both_ways() {
 }
 
 in_both_ways host --
-in_both_ways arm qemu-system-arm -M mps2-an385 -nographic -semihosting-config \
-  enable=on,target=native -kernel -- --toolchain "$root/test/consumer/arm-none-eabi.cmake"
+on_arm=(qemu-system-arm -M mps2-an385 -nographic -semihosting-config enable=on,target=native -kernel)
+in_both_ways arm "${on_arm[@]}" -- --toolchain "$root/test/consumer/arm-none-eabi.cmake"
 grep -q 'NNLIB_PORT:STRING=cortex-m$' "$work/arm-subdirectory/CMakeCache.txt"
+
+# Two suites, named out of order, in the stranger's own program.
+cmake "$work/arm-subdirectory" -DWITH_CONFORMANCE=ON \
+      -DNNLIB_SUITES="test_lcut_sm_fixed;test_lcut_gru" >/dev/null
+cmake --build "$work/arm-subdirectory" -j2 --target conformance >"$work/log" 2>&1
+"${on_arm[@]}" "$work/arm-subdirectory/conformance" >"$work/log"
+[ "$(grep -o 'Suite.*<test_lcut_[a-z_]*' "$work/log" | sed 's/.*<test_lcut_//')" = $'gru\nsm_fixed' ]
+grep -q 'Total Cases: 11' "$work/log"
+echo "package: conformance suites in a program of its own"
 
 mv "$work/host" "$work/moved"
 PKG_CONFIG_PATH=$(dirname "$(find "$work/moved" -name nnlib.pc)")

@@ -15,9 +15,8 @@ set(NNLIB_BOARD cortex-m)
 set(NNLIB_CLOCK_HZ ${clock} CACHE STRING "")
 
 get_filename_component(root ${CMAKE_CURRENT_LIST_DIR}/../.. ABSOLUTE)
-# psabi: notes on older compilers. __int64_t_defined: the compiler's own <stdint.h> does not tell
-# <inttypes.h> of 64-bit types.
-set(CMAKE_C_FLAGS_INIT "${cpu} -mthumb -Wno-psabi -D__int64_t_defined=1")
+# The compiler's own <stdint.h> does not tell <inttypes.h> of 64-bit types.
+set(CMAKE_C_FLAGS_INIT "${cpu} -mthumb -D__int64_t_defined=1")
 set(CMAKE_CXX_FLAGS_INIT "${CMAKE_C_FLAGS_INIT}")
 set(scripts ${root}/ports/bare_metal/cortex-m)
 set(CMAKE_EXE_LINKER_FLAGS_INIT
