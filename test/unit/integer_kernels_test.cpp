@@ -320,6 +320,13 @@ Output<Form> expected(const Problem<Form>& p, bool depthwise = false) {
   return out;
 }
 
+// Elements behind an output that must stay as they are, where no sanitizer watches over them.
+#if defined(__linux__)
+constexpr size_t kGuard = 0;
+#else
+constexpr size_t kGuard = 16;
+#endif
+
 template <class Form>
 class IntegerKernels : public testing::Test {
  protected:
@@ -328,10 +335,12 @@ class IntegerKernels : public testing::Test {
   void check(const Output<Form>& want, size_t scratch_bytes, Kernel kernel) {
     for (bool wide : {false, true}) {
       nnlib::vector_allow_wide(wide);
-      Output<Form> got(want.size(), typename Form::Activation{77});
+      Output<Form> got(want.size() + kGuard, typename Form::Activation{77});
       const Scratch scratch = rubbish(scratch_bytes);
       kernel(got.data(), scratch.get());
-      ASSERT_EQ(want, got) << (wide ? "wide" : "narrow");
+      Output<Form> guarded = want;
+      guarded.resize(got.size(), typename Form::Activation{77});
+      ASSERT_EQ(guarded, got) << (wide ? "wide" : "narrow");
     }
   }
 
@@ -392,6 +401,7 @@ TYPED_TEST(IntegerKernels, DepthwiseEqualsTheFormula) {
   const Shape shapes[] = {
       {6, 5, 0, 0, 3, 3, 1, 1, 1, 1, 6, 5}, {5, 7, 0, 0, 2, 3, 0, 2, 2, 1, 2, 6},
       {4, 4, 0, 0, 1, 1, 0, 0, 1, 1, 4, 4}, {3, 5, 0, 0, 5, 4, 3, 3, 3, 2, 3, 3},
+      {9, 4, 0, 0, 3, 3, 0, 0, 1, 1, 7, 2}, {11, 3, 0, 0, 3, 3, 1, 1, 1, 1, 11, 3},
       {9, 8, 0, 0, 9, 8, 4, 4, 5, 5, 2, 2},  // more taps than the wide instance takes
   };
   for (Shape shape : shapes) {
