@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "importer/main/import_model.hpp"
 
+#include "importer/graph/refusals.hpp"
 #include "importer/lower/activation.hpp"
 #include "importer/lower/lowering.hpp"
 #include "importer/pass/compose.hpp"
@@ -62,6 +63,13 @@ Imported build(const Graph& prepared, const ImportOptions& options) {
   Imported result;
   result.network = lower(prepared);
   result.memory = plan_memory(*result.network, options.alignment);
+  std::string findings;
+  for (const std::string& finding : Runner(*result.network, result.memory).findings()) {
+    findings += (findings.empty() ? "the network is not sound: " : "\n") + finding;
+  }
+  if (!findings.empty()) {
+    throw Refused(findings);
+  }
   return result;
 }
 

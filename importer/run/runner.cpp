@@ -4,6 +4,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "check/ai_network_check.h"
+
 namespace nnlib::importer {
 namespace {
 
@@ -61,6 +63,16 @@ Runner::Runner(Network& network, const MemoryMap& memory)
       tensor.array.data = tensor.array.data_start = arena + memory.offset(tensor);
     }
   }
+}
+
+std::vector<std::string> Runner::findings() {
+  Handle network(network_);
+  std::vector<std::string> texts;
+  const auto report = [](const ai_check_finding* finding, void* context) {
+    static_cast<std::vector<std::string>*>(context)->emplace_back(finding->text);
+  };
+  ai_network_check(&network.record, report, &texts);
+  return texts;
 }
 
 std::vector<Bytes> Runner::run_layers(const std::vector<Bytes>& inputs, const Observer& observer) {

@@ -14,6 +14,9 @@ class Runner {
   // Binds the network's tensors to an arena of its own; the network has to outlive the runner.
   Runner(Network& network, const MemoryMap& memory);
 
+  // What the runtime's checker says about the records; nothing when they are sound.
+  std::vector<std::string> findings();
+
   // Called after each layer; the elements of its outputs are in place.
   using Observer = std::function<void(const Layer&)>;
 
