@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Layers that move elements: padding, tiling, enlarging, joining, turning, cutting, choosing.
+#include <algorithm>
+
 #include "check/details.hpp"
 #include "layers/layers_concat_generic_float.h"
 #include "layers/layers_pad_generic_float.h"
@@ -120,7 +122,8 @@ void check_tile(LayerCheck& check) {
 namespace {
 
 // Sizes up to one position more or less than the product go with a scale that is no whole number.
-void check_scaled(LayerCheck& check, float scale, uint32_t in, uint32_t out,
+// With corners the last pixels may fall on each other too: out - 1 is (in - 1) * scale.
+void check_scaled(LayerCheck& check, float scale, uint32_t in, uint32_t out, bool corners,
                   const char* direction) {
   if (!(scale > 0.0f)) {
     Finding(check.report()) << "the scale of the " << direction << " is " << scale
@@ -129,7 +132,9 @@ void check_scaled(LayerCheck& check, float scale, uint32_t in, uint32_t out,
   }
   const float wanted = static_cast<float>(in) * scale;
   const float actual = static_cast<float>(out);
-  if (!(actual > wanted - 1.0f && actual < wanted + 1.0f)) {
+  const float between_corners = corners ? (static_cast<float>(in) - 1.0f) * scale + 1.0f : wanted;
+  if (!(actual > std::min(wanted, between_corners) - 1.0f &&
+        actual < std::max(wanted, between_corners) + 1.0f)) {
     Finding(check.report()) << "output 0 has a " << direction << " of " << out << ", input 0's "
                             << in << " times " << scale << " is " << wanted;
   }
@@ -161,8 +166,9 @@ void check_upsample(LayerCheck& check) {
     return;
   }
   const auto* scale = static_cast<const float*>(scales->data);
-  check_scaled(check, scale[0], check.sizes['H'], check.sizes['h'], "height");
-  check_scaled(check, scale[1], check.sizes['W'], check.sizes['w'], "width");
+  const bool corners = upsample.mode == AI_UPSAMPLE_BILINEAR && !upsample.center;
+  check_scaled(check, scale[0], check.sizes['H'], check.sizes['h'], corners, "height");
+  check_scaled(check, scale[1], check.sizes['W'], check.sizes['w'], corners, "width");
   if (upsample.mode == AI_UPSAMPLE_BILINEAR) {
     check_kind(check, {AI_CHAIN_INPUT, 0}, 'f');
   }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "importer/lower/activation.hpp"
 #include "importer/lower/groups.hpp"
 #include "importer/lower/quantized.hpp"
 
@@ -21,12 +22,39 @@ void reshape(NetworkBuilder& b, const Node& node) {
   b.alias(node.output(), node.input(0));
 }
 
+// The value with the scale and the zero point of another one, by a table.
+ValueId requantized(NetworkBuilder& b, ValueId id, const Value& like) {
+  const Value x = b.value(id);
+  if (!is_quantized(x) || !is_quantized(like) || same_quantization(x, like) ||
+      x.type != like.type) {
+    return id;
+  }
+  check_activation(x);
+  check_activation(like);
+  Node table;
+  table.op = Op::requantize;
+  const ValueId out = b.temporary(x.type, x.shape, like.quantization);
+  Tensor& from = b.tensor(id);
+  Tensor& to = b.tensor(out);
+  b.layer<ai_layer_nl>(NNLIB_LAYER_TYPE(NL), NNLIB_FUNCTION(forward_nl_integer))
+      .input(from)
+      .output(to)
+      .in_place(to, from)
+      .set(NNLIB_MEMBER(ai_layer_nl, nl_params),
+           b.parameters("table", format_of(x.type), unary_table(table, x, like)));
+  return out;
+}
+
 void concat(NetworkBuilder& b, const Node& node) {
   const Value y = b.value(node.output());
-  const auto axis = static_cast<size_t>(node.integer("axis"));
-  require(axis < y.shape.size() && !node.inputs.empty(), "the axis does not exist");
-  int64_t total = 0;
+  std::vector<ValueId> inputs;
   for (const ValueId id : node.inputs) {
+    inputs.push_back(requantized(b, id, y));
+  }
+  const auto axis = static_cast<size_t>(node.integer("axis"));
+  require(axis < y.shape.size() && !inputs.empty(), "the axis does not exist");
+  int64_t total = 0;
+  for (const ValueId id : inputs) {
     const Value& x = b.value(id);
     check_moved(x, y);
     Shape expected = y.shape;
@@ -42,11 +70,30 @@ void concat(NetworkBuilder& b, const Node& node) {
   };
   LayerBuilder layer =
       b.layer<ai_layer_concat>(NNLIB_LAYER_TYPE(CONCAT), NNLIB_FUNCTION(forward_concat));
-  for (const ValueId id : node.inputs) {
+  for (const ValueId id : inputs) {
     layer.input(b.tensor(id, dims(b.value(id))));
   }
   layer.output(b.tensor(node.output(), dims(y)))
       .set(NNLIB_MEMBER(ai_layer_concat, axis), AI_SHAPE_C);
+}
+
+// Every step-th element along one dimension: what windows of one pixel meet.
+void skip(NetworkBuilder& b, ValueId from, ValueId to, size_t axis, int64_t step) {
+  const Value x = b.value(from);
+  require(x.type == Type::f32 || is_quantized(x),
+          "steps other than 1 are not available for this type");
+  const Around in = around(x.shape, axis);
+  const Around out = around(b.value(to).shape, axis);
+  require(std::max({in.outer, in.middle, in.inner}) <= UINT16_MAX && step <= UINT16_MAX,
+          "a dimension exceeds 65535");
+  b.layer<ai_layer_pool>(NNLIB_LAYER_TYPE(POOL), x.type == Type::f32
+                                                     ? NNLIB_FUNCTION(forward_mp)
+                                                     : NNLIB_FUNCTION(forward_mp_integer))
+      .input(b.tensor(from, {1, in.inner, in.middle, in.outer}))
+      .output(b.tensor(to, {1, out.inner, out.middle, out.outer}))
+      .set(NNLIB_MEMBER(ai_layer_pool, pool_size), 1, 1)
+      .set(NNLIB_MEMBER(ai_layer_pool, pool_stride), static_cast<uint32_t>(step), 1)
+      .set(NNLIB_MEMBER(ai_layer_pool, pool_pad), {0, 0, 0, 0});
 }
 
 void slice(NetworkBuilder& b, const Node& node) {
@@ -60,17 +107,37 @@ void slice(NetworkBuilder& b, const Node& node) {
     require(starts[i] >= 0 && starts[i] < ends[i] && ends[i] <= x.shape[i],
             "the slice is empty or lies outside the tensor");
   }
-  require(std::all_of(steps.begin(), steps.end(), [](int64_t s) { return s == 1; }),
-          "steps other than 1 are not available");
   check_moved(x, b.value(node.output()));
-  const auto dims = slice_dims(x.shape, starts, ends);
-  require(dims.has_value(), "more than four dimensions are cut");
-  LayerBuilder layer =
-      b.layer<ai_layer_slice>(NNLIB_LAYER_TYPE(SLICE), NNLIB_FUNCTION(forward_slice));
-  layer.input(b.tensor(node.input(0), dims->in))
-      .output(b.tensor(node.output(), dims->out))
-      .set(NNLIB_MEMBER(ai_layer_slice, starts), b.parameters<int32_t>("starts", dims->starts))
-      .set(NNLIB_MEMBER(ai_layer_slice, ends), b.parameters<int32_t>("ends", dims->ends));
+  std::vector<size_t> skipped;
+  Shape shape;
+  for (size_t i = 0; i < steps.size(); ++i) {
+    require(steps[i] >= 1, "steps below 1 are not available");
+    shape.push_back(ends[i] - starts[i]);
+    if (steps[i] > 1) {
+      skipped.push_back(i);
+    }
+  }
+  ValueId cut = skipped.empty() ? node.output() : b.temporary(x.type, shape, x.quantization);
+  if (shape == x.shape) {
+    b.alias(cut, node.input(0));
+  } else {
+    const auto dims = slice_dims(x.shape, starts, ends);
+    require(dims.has_value(), "more than four dimensions are cut");
+    LayerBuilder layer =
+        b.layer<ai_layer_slice>(NNLIB_LAYER_TYPE(SLICE), NNLIB_FUNCTION(forward_slice));
+    layer.input(b.tensor(node.input(0), dims->in))
+        .output(b.tensor(cut, dims->out))
+        .set(NNLIB_MEMBER(ai_layer_slice, starts), b.parameters<int32_t>("starts", dims->starts))
+        .set(NNLIB_MEMBER(ai_layer_slice, ends), b.parameters<int32_t>("ends", dims->ends));
+  }
+  for (const size_t axis : skipped) {
+    shape[axis] = (shape[axis] + steps[axis] - 1) / steps[axis];
+    const ValueId to =
+        axis == skipped.back() ? node.output() : b.temporary(x.type, shape, x.quantization);
+    require(b.value(to).elements() == elements_of(shape), "the output has a wrong size");
+    skip(b, cut, to, axis, steps[axis]);
+    cut = to;
+  }
 }
 
 void transpose(NetworkBuilder& b, const Node& node) {
@@ -257,7 +324,7 @@ constexpr Lowering kRows[] = {
     {Op::reshape, reshape, kAnyType, "takes no time and no memory"},
     {Op::identity, reshape, kAnyType, "takes no time and no memory"},
     {Op::concat, concat, kAnyType, ""},
-    {Op::slice, slice, kAnyType, "step 1; at most four dimensions cut"},
+    {Op::slice, slice, kAnyType, "steps from 1 on; at most four dimensions cut"},
     {Op::transpose, transpose, kAnyType, "at most four dimensions after joining neighbours"},
     {Op::pad, pad, kAnyType, "constant, reflect, edge; symmetric by one element; not negative"},
     {Op::tile, tile, kAnyType, ""},

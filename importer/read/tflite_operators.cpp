@@ -212,7 +212,7 @@ void concatenation(const TfliteOperator& op) {
 
 void pack(const TfliteOperator& op) {
   const int64_t axis =
-      op.axis(op.parameters<tfl::Pack, tfl::Options_Pack>().axis(), op.out().rank());
+      op.axis(op.parameters<tfl::Stack, tfl::Options_Stack>().axis(), op.out().rank());
   Shape part = op.out().shape;
   part[static_cast<size_t>(axis)] = 1;
   std::vector<ValueId> parts;
@@ -263,7 +263,7 @@ void split_v(const TfliteOperator& op) {
   cut(op, 0, op.axis(op.constant(2).at(0), op.in(0).rank()), false);
 }
 void unpack(const TfliteOperator& op) {
-  cut(op, 0, op.axis(op.parameters<tfl::Unpack, tfl::Options_Unpack>().axis(), op.in(0).rank()),
+  cut(op, 0, op.axis(op.parameters<tfl::Unstack, tfl::Options_Unstack>().axis(), op.in(0).rank()),
       true);
 }
 
