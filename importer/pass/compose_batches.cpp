@@ -5,9 +5,11 @@
 namespace nnlib::importer {
 namespace {
 
+constexpr int64_t kMostMaps = 64;  // beyond them the lowering refuses the batch
+
 ValueId one_by_one(GraphBuilder& b, const Node& node) {
   const int64_t batch = b.shape(node.input(0))[0];
-  if (batch <= 1) {
+  if (batch <= 1 || batch > kMostMaps) {
     return kAbsent;
   }
   const Value out = b.value(node.output());
