@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 # NNLIB_BUILD_IMPORTER: build nnlib-import, a tool for this machine; unless given, where the packages
-# that it is built from are installed.
+# that it is built from are installed and this is no part of another project.
 set(NNLIB_IMPORTER_PACKAGES OFF)
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_CROSSCOMPILING)
   find_package(FlatBuffers CONFIG QUIET)

@@ -5,6 +5,9 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/nnlib)
 install(TARGETS nnlib nnlib_check nnlib_profile lcut EXPORT nnlib-targets)
 install(EXPORT nnlib-targets NAMESPACE nnlib:: DESTINATION ${package_dir})
+if(NNLIB_BUILD_IMPORTER)
+  install(TARGETS nnlib-import)
+endif()
 install(FILES nnlib.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nnlib)
 install(FILES ports/port.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nnlib/ports)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
@@ -16,6 +19,7 @@ configure_package_config_file(cmake/nnlib-config.cmake.in nnlib-config.cmake
 write_basic_package_version_file(nnlib-config-version.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/nnlib-config.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/nnlib-config-version.cmake
+              cmake/nnlib_import.cmake
         DESTINATION ${package_dir})
 
 # Relative, so that the prefix may be chosen when installing.
