@@ -323,6 +323,9 @@ void NetworkBuilder::make_ports() {
 }
 
 std::unique_ptr<Network> NetworkBuilder::finish() {
+  if (graph_.outputs.empty()) {
+    throw Refused("the graph has no outputs");
+  }
   for (const ValueId id : std::vector<ValueId>(graph_.outputs)) {
     if (place_of(id).constant != nullptr) {
       copy_output(id);
