@@ -15,7 +15,8 @@ struct Handle {
     fill(network.inputs, 0);
     fill(network.outputs, 1);
     record.io = {2, lists};
-    record.layers = &network.layers.front().record();
+    // A damaged model may leave no layer, which the checker then says.
+    record.layers = network.layers.empty() ? nullptr : &network.layers.front().record();
   }
 
   void fill(const std::vector<Port>& ports, size_t side) {
