@@ -78,7 +78,7 @@ NetworkBuilder::NetworkBuilder(Graph graph)
     : graph_(std::move(graph)), network_(std::make_unique<Network>()) {
   network_->name = graph_.name;
   for (size_t i = 0; i < graph_.inputs.size(); ++i) {
-    prefix_ = graph_.inputs.size() == 1 ? "input" : "input_" + std::to_string(i + 1);
+    prefix_ = graph_.inputs.size() == 1 ? "model_input" : "model_input_" + std::to_string(i + 1);
     const Value& input = value(graph_.inputs[i]);
     Buffer& buffer = add_buffer(prefix_, dims_of(input.shape).elements() * type_bytes(input.type));
     buffer.first = -1;
