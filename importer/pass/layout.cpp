@@ -257,13 +257,14 @@ class Layout {
     for (const ValueId id : node.inputs) {
       if (const Node* before = giver(id, Op::transpose)) {
         const Shape perm = before->integers("perm");
-        return perm.size() == out.size() && below_broadcast(node, perm);
+        return perm.size() == out.size() && below_operands(node, perm, node.attributes);
       }
     }
     return below_common_reshape(node);
   }
 
-  bool below_broadcast(const Node& node, const Shape& perm) {
+  // All operands in the order before perm, the result transposed instead.
+  bool below_operands(const Node& node, const Shape& perm, const Attributes& attributes) {
     std::vector<ValueId> inputs;
     for (const ValueId id : node.inputs) {
       const std::optional<ValueId> moved = untransposed(id, perm);
@@ -273,7 +274,7 @@ class Layout {
       inputs.push_back(*moved);
     }
     const Shape shape = permuted(b_.shape(node.output()), inverse_permutation(perm));
-    become(node, b_.transpose(again(node, inputs, shape, node.attributes), perm));
+    become(node, b_.transpose(again(node, inputs, shape, attributes), perm));
     return true;
   }
 
@@ -344,21 +345,8 @@ class Layout {
         perm = before->integers("perm");
       }
     }
-    if (perm.empty()) {
-      return false;
-    }
-    std::vector<ValueId> inputs;
-    for (const ValueId id : node.inputs) {
-      const std::optional<ValueId> moved = untransposed(id, perm);
-      if (!moved) {
-        return false;
-      }
-      inputs.push_back(*moved);
-    }
-    const Shape shape = permuted(b_.shape(node.output()), inverse_permutation(perm));
-    const int64_t axis = perm[static_cast<size_t>(node.integer("axis"))];
-    become(node, b_.transpose(again(node, inputs, shape, {{"axis", axis}}), perm));
-    return true;
+    return !perm.empty() &&
+           below_operands(node, perm, {{"axis", perm[static_cast<size_t>(node.integer("axis"))]}});
   }
 
   bool below_along_axis(const Node& node) {
