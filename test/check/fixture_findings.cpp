@@ -20,9 +20,8 @@ namespace {
 constexpr const char* kOnPurpose[] = {
     "layer 0, forward_hardmax: input 0 has the dimensions (1, 4, 2, 3), (1, 4, 1, 3) are needed",
     "layer 0, forward_hardmax: output 0 has 24 elements, 12 are needed",
-    ("layer 0, forward_pad: with 2 rows and 1 columns before the map, reflection leaves rows 1 to "
-     "1 "
-     "unwritten"),
+    ("layer 0, forward_pad: with 2 rows and 1 columns before the map, reflection leaves "
+     "rows 1 to 1 unwritten"),
     // the indices that topK gives, as the output of a network
     "network: output 1 has the format FMT_U32, which no buffer has",
     "network: the network has 0 inputs, at least 1 is needed",
