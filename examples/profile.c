@@ -22,9 +22,11 @@
 
 static uint32_t now(void) {
   static uint32_t sum, last;
+#if __ARM_ARCH >= 7
   if (DWT_CYCLES != 0) {
     return DWT_CYCLES;
   }
+#endif
   const uint32_t value = SYSTICK_VALUE;
   sum += (last - value) & 0xFFFFFFu;
   last = value;
@@ -32,8 +34,10 @@ static uint32_t now(void) {
 }
 
 static void start_clock(void) {
+#if __ARM_ARCH >= 7
   DEBUG_CONTROL |= 1u << 24;
   DWT_CONTROL |= 1u;
+#endif
   SYSTICK_RELOAD = 0xFFFFFFu;
   SYSTICK_VALUE = 0;
   SYSTICK_CONTROL = 5;
@@ -57,7 +61,8 @@ static void start_clock(void) {}
 
 enum { FEATURES = 64, UNITS = 32, CLASSES = 10, RUNS = 5 };
 
-static float hidden_weights[UNITS * FEATURES], scores_weights[CLASSES * UNITS];
+static const float hidden_weights[UNITS * FEATURES] = {0};
+static const float scores_weights[CLASSES * UNITS] = {0};
 static float hidden_data[UNITS], scores_data[CLASSES];
 
 AI_STATIC_TENSOR(x, AI_ARRAY_FORMAT_FLOAT, 1, FEATURES, 1, 1, NULL);
