@@ -67,8 +67,13 @@ std::vector<uint8_t> params_of(const Row& row) {
       bytes.insert(bytes.end(), word, word + sizeof(value));
     } else {
       const auto element = static_cast<int16_t>(value);
+      const auto byte = static_cast<uint8_t>(element);
       const auto* word = reinterpret_cast<const uint8_t*>(&element);
-      bytes.insert(bytes.end(), word, word + bytes_of(row, 1));
+      if (bytes_of(row, 1) == 1) {
+        bytes.push_back(byte);
+      } else {
+        bytes.insert(bytes.end(), word, word + sizeof(element));
+      }
     }
   }
   return bytes;
@@ -169,7 +174,7 @@ INSTANTIATE_TEST_SUITE_P(
     Layers, InPlace,
     testing::ValuesIn(std::vector<Row>{
         // clang-format off
-        AI_NL_ARITHMETIC_OPS(NL) AI_NL_LIBRARY_OPS(NL) NL(relu) NL(sm)
+        AI_NL_ARITHMETIC_OPS(NL) AI_NL_LIBRARY_OPS(NL) AI_NL_EXP_OPS(NL) NL(relu) NL(sm)
         {"clip", kFloat, forward_clip, {-0.5f, 0.25f}},
         {"elu", kFloat, forward_elu, {0.5f}},
         {"selu", kFloat, forward_selu, {1.6f, 1.05f}},
