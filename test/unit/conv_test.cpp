@@ -103,7 +103,7 @@ Shape random_shape(Random& random) {
       s.channels = random.pick({s.channels, s.channels, 150});  // a tap is more than a tile's depth
       break;
     default:  // pointwise: rows may run into one another
-      s.x = {s.x.in, 1, 1, 1, 0, s.x.pad_after % 3};
+      s.x = {s.x.in, 1, 1, 1, s.x.pad_before % 2, s.x.pad_after % 3};
       s.y = {s.y.in, 1, 1, 1, s.y.pad_before % 2, 0};
       break;
   }
@@ -216,7 +216,10 @@ TEST(Conv2d, SameBitsAsTheFormula) {
   for (int i = 0; i < 1500; ++i) {
     const Shape s = random_shape(random);
     Data data(s, random);
-    const uint32_t width = s.x.convolved(), height = s.y.convolved();
+    // Now and then fewer outputs than the pads allow.
+    const uint32_t cropped = random.below(4) == 0;
+    const uint32_t width = s.x.convolved() - std::min(cropped, s.x.convolved());
+    const uint32_t height = s.y.convolved();
     const auto expected = naive_map(s, data, height, width, naive_output);
     with_each_instance([&] {
       Layer layer(forward_conv2d, s, data, width, height);
@@ -271,19 +274,27 @@ TEST(Conv2d, ExpandsIndicesOnEveryCall) {
         const uint8_t* row = indices.data() + i / channels * row_bytes;
         data.weights[i] = table[bits == 8 ? row[at] : row[at / 2] >> (at % 2 == 0 ? 4 : 0) & 15];
       }
-      const auto expected = naive_map(s, data, s.y.convolved(), s.x.convolved(), naive_output);
-      Layer layer(forward_conv2d, s, data, s.x.convolved(), s.y.convolved());
       std::vector<float> expanded(data.weights.size());
       const nnlib::tensor weights(
           bits == 4 ? AI_ARRAY_FORMAT_LUT4_FLOAT : AI_ARRAY_FORMAT_LUT8_FLOAT, s.weights(),
           indices.data(), table.data(), nullptr);
       nnlib::tensor scratch({1, static_cast<uint32_t>(expanded.size()), 1, 1}, expanded.data());
-      layer.weights.array = weights.array;
-      const nnlib::layer_chain chain(nnlib::list(layer.in), nnlib::list(layer.out),
-                                     nnlib::list(layer.weights, layer.bias), nnlib::list(scratch));
-      layer.record.base.tensor_chain = &chain;
-      EXPECT_EQ(ai_conv2d_scratch_size(&layer.record), expanded.size());
-      EXPECT_TRUE(same_bits(expected, layer.run())) << bits << " bits, channels " << channels;
+      const auto check = [&](ai_layer_forward forward, uint32_t width, uint32_t height,
+                             const std::vector<float>& expected) {
+        Layer layer(forward, s, data, width, height);
+        layer.weights.array = weights.array;
+        const nnlib::layer_chain chain(nnlib::list(layer.in), nnlib::list(layer.out),
+                                       nnlib::list(layer.weights, layer.bias),
+                                       nnlib::list(scratch));
+        layer.record.base.tensor_chain = &chain;
+        EXPECT_EQ(ai_conv2d_scratch_size(&layer.record), expanded.size());
+        EXPECT_TRUE(same_bits(expected, layer.run())) << bits << " bits, channels " << channels;
+      };
+      uint32_t width = s.x.convolved(), height = s.y.convolved();
+      check(forward_conv2d, width, height, naive_map(s, data, height, width, naive_output));
+      width = s.x.transposed(), height = s.y.transposed();
+      check(forward_conv2d_transpose, width, height,
+            naive_map(s, data, height, width, naive_transposed_output));
     }
   }
 }

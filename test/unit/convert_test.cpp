@@ -117,6 +117,8 @@ TEST(Conversion, FloatsRoundAwayFromZeroAndSaturate) {
       {-256, -128, -32768},
       {-257, 127, -32768},
       {512, 0, 32767},
+      {0x1p24f, 127, 32767},
+      {-0x1p24f, 0, -32768},
       {1e9f, 127, 32767},
       {-1e9f, -128, -32768},
       {kInfinity, 127, 32767},
