@@ -317,7 +317,7 @@ void record_nl(ai_array* out, const ai_array* in, ai_size size, const void* para
 }  // namespace
 
 // The window of each pixel, and parameters that step from pixel to pixel and start again after the
-// last one and in each row. In the end the output's data is its data_start, wherever it was.
+// last one and in each row; with a stride of 0 they stay. In the end the output's data is its data_start, wherever it was.
 TEST(Conv2d, NonlinearityWindows) {
   Random random(5);
   const Shape s = {2, 3, 1, true, false, {4, 2, 1, 1, 0, 0}, {3, 1, 1, 1, 0, 0}};
@@ -326,6 +326,10 @@ TEST(Conv2d, NonlinearityWindows) {
     Layer layer(forward_conv2d, s, data, 3, 3, record_nl);
     const std::vector<float> values(27);
     nnlib::tensor params({1, 3, sets, 1}, values.data());
+    uint32_t no_strides[AI_SHAPE_DIMS] = {};
+    if (sets == 1) {
+      params.stride.data = no_strides;
+    }
     std::vector<float> rows(27);
     nnlib::tensor window({1, 3, 3, 3}, rows.data());
     const nnlib::layer_chain chain(

@@ -39,8 +39,10 @@ std::vector<float> borders() {
   return inputs;
 }
 
-// As tools/exact_math found them: of exp, tanh, cosh, sinh.
+// As tools/exact_math found them: of exp, tanh, cosh, sinh. Each stands alone in every lane of a
+// vector, since one of them sends the whole vector another way.
 std::vector<float> hardest() {
+  constexpr size_t kMostLanes = 8;
   std::vector<float> inputs;
   constexpr uint32_t kHardest[] = {
       0xc16912cd, 0xbbf0edf1, 0x377eff81, 0x38e69cc1, 0x39c6be5b, 0xb3000000, 0xbae0e25c,
@@ -48,8 +50,12 @@ std::vector<float> hardest() {
       0x3a87c3b6, 0x3b43f588, 0x3a1285ff, 0x39e89768, 0x3aed56e9, 0x3a9dd66b,
   };
   for (const uint32_t bits : kHardest) {
-    inputs.push_back(std::bit_cast<float>(bits));
-    inputs.push_back(-inputs.back());
+    for (const uint32_t sign : {0u, 0x80000000u}) {
+      for (size_t lane = 0; lane < kMostLanes; ++lane) {
+        inputs.resize(inputs.size() + kMostLanes, 0.75f);
+        inputs.end()[-1 - static_cast<ptrdiff_t>(lane)] = std::bit_cast<float>(bits ^ sign);
+      }
+    }
   }
   return inputs;
 }
