@@ -219,7 +219,7 @@ TEST(Conv2d, SameBitsAsTheFormula) {
     // Now and then fewer outputs than the pads allow.
     const uint32_t cropped = random.below(4) == 0;
     const uint32_t width = s.x.convolved() - std::min(cropped, s.x.convolved());
-    const uint32_t height = s.y.convolved();
+    const uint32_t height = s.y.convolved() - std::min(cropped, s.y.convolved());
     const auto expected = naive_map(s, data, height, width, naive_output);
     with_each_instance([&] {
       Layer layer(forward_conv2d, s, data, width, height);
@@ -274,11 +274,11 @@ TEST(Conv2d, ExpandsIndicesOnEveryCall) {
         const uint8_t* row = indices.data() + i / channels * row_bytes;
         data.weights[i] = table[bits == 8 ? row[at] : row[at / 2] >> (at % 2 == 0 ? 4 : 0) & 15];
       }
-      std::vector<float> expanded(data.weights.size());
+      std::vector<float> expanded(data.weights.size() + 1, 77.0f);  // the last is not ours
       const nnlib::tensor weights(
           bits == 4 ? AI_ARRAY_FORMAT_LUT4_FLOAT : AI_ARRAY_FORMAT_LUT8_FLOAT, s.weights(),
           indices.data(), table.data(), nullptr);
-      nnlib::tensor scratch({1, static_cast<uint32_t>(expanded.size()), 1, 1}, expanded.data());
+      nnlib::tensor scratch({1, static_cast<uint32_t>(data.weights.size()), 1, 1}, expanded.data());
       const auto check = [&](ai_layer_forward forward, uint32_t width, uint32_t height,
                              const std::vector<float>& expected) {
         Layer layer(forward, s, data, width, height);
@@ -287,8 +287,9 @@ TEST(Conv2d, ExpandsIndicesOnEveryCall) {
                                        nnlib::list(layer.weights, layer.bias),
                                        nnlib::list(scratch));
         layer.record.base.tensor_chain = &chain;
-        EXPECT_EQ(ai_conv2d_scratch_size(&layer.record), expanded.size());
+        EXPECT_EQ(ai_conv2d_scratch_size(&layer.record), data.weights.size());
         EXPECT_TRUE(same_bits(expected, layer.run())) << bits << " bits, channels " << channels;
+        EXPECT_EQ(expanded.back(), 77.0f);
       };
       uint32_t width = s.x.convolved(), height = s.y.convolved();
       check(forward_conv2d, width, height, naive_map(s, data, height, width, naive_output));
@@ -317,7 +318,8 @@ void record_nl(ai_array* out, const ai_array* in, ai_size size, const void* para
 }  // namespace
 
 // The window of each pixel, and parameters that step from pixel to pixel and start again after the
-// last one and in each row; with a stride of 0 they stay. In the end the output's data is its data_start, wherever it was.
+// last one and in each row; with a stride of 0 they stay. In the end the output's data is its
+// data_start, wherever it was.
 TEST(Conv2d, NonlinearityWindows) {
   Random random(5);
   const Shape s = {2, 3, 1, true, false, {4, 2, 1, 1, 0, 0}, {3, 1, 1, 1, 0, 0}};

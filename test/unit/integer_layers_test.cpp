@@ -459,13 +459,16 @@ TEST(IntegerAddLayer, BroadcastsEitherInput) {
 // Any one of the six numbers that differs takes the sum out of the integers.
 TEST(IntegerAddLayer, SumsIntegersOnlyOfOneQuantization) {
   const int8_t one = 101, two = 40;
-  for (int odd = 0; odd < 6; ++odd) {
-    float scales[] = {0.5f, 0.5f, 0.5f};
-    int8_t zeros[] = {20, 20, 20}, sum = 0;
-    (odd < 3 ? scales[odd] : scales[0]) = odd < 3 ? 0.25f : 0.5f;
-    zeros[odd % 3] = odd < 3 ? 20 : 30;
-    ko_int8_add(&one, &two, &sum, 1, scales[0], zeros[0], scales[1], zeros[1], scales[2], zeros[2]);
-    const int wanted[] = {81, 111, 127, 111, 111, 127};
+  for (int odd = 0; odd <= 6; ++odd) {
+    float scales[] = {0.5f, 0.5f, 0.5f, 0.5f};
+    int8_t zeros[] = {20, 20, 20, 20}, sum = 0;
+    if (odd < 6) {
+      scales[odd < 3 ? odd : 3] = 0.25f;
+      zeros[odd < 3 ? 3 : odd % 3] = 30;
+    }
+    EXPECT_EQ(0, ko_int8_add(&one, &two, &sum, 1, scales[0], zeros[0], scales[1], zeros[1],
+                             scales[2], zeros[2]));
+    const int wanted[] = {81, 111, 127, 111, 111, 127, 121};
     EXPECT_EQ(wanted[odd], sum) << odd;
   }
 }
@@ -474,7 +477,7 @@ TEST(IntegerAddLayer, SumsIntegersOnlyOfOneQuantization) {
 TEST(IntegerRounding, KeepsTheOrderOfItsFloats) {
   const uint8_t one = 125, two = 58, cell = 182;
   uint8_t sum = 0, pooled = 0;
-  ko_uint8_add(&one, &two, &sum, 1, 0.007f, 100, 0.154f, 100, 0.058f, 207);
+  EXPECT_EQ(0, ko_uint8_add(&one, &two, &sum, 1, 0.007f, 100, 0.154f, 100, 0.058f, 207));
   EXPECT_EQ(98, sum);
   ko_uint8_maxpool(&cell, &pooled, 1, 1, 1, 1, 1, 0, 0, 1, 1, 1, 1, 0.03f, 0, 0.04f, 118);
   EXPECT_EQ(255, pooled);
