@@ -110,7 +110,7 @@ namespace nnlib::importer {
   X(gru)                                                                                           \
   /* Between float and quantized values, and between two quantizations */                          \
   X(quantize) X(dequantize) X(requantize)                                                          \
-  /* x (8 bits), table of its 256 results from the least input on: any unary function */           \
+  /* x (8 bits), its 256 results from the least input on, the same unrounded (f32) or _ */         \
   X(lookup)                                                                                        \
   X(cast)                                                                                          \
   /* Shape arithmetic, folded before anything is lowered */                                        \

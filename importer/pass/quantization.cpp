@@ -442,8 +442,12 @@ class Canonical {
                                      {static_cast<int64_t>(kBytes)},
                                      {},
                                      std::make_shared<const Bytes>(std::move(entries))});
+    const std::vector<float> numbers(values->begin(), values->end());
+    const ValueId exact = g_.add_constant<float>(
+        target.name + "_function", {static_cast<int64_t>(kBytes)}, std::span(numbers));
     return requantized(
-        b_.emit(Op::lookup, {bytes, constant}, type, target.shape, {}, kept.quantization), target);
+        b_.emit(Op::lookup, {bytes, constant, exact}, type, target.shape, {}, kept.quantization),
+        target);
   }
 
   void fold_constants() {
