@@ -2,6 +2,7 @@
 // Max and average pooling.
 #include "importer/lower/quantized.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 namespace nnlib::importer {
@@ -22,7 +23,7 @@ void pool(NetworkBuilder& b, const Node& node, const Function& on_float,
           "pooling needs a map with 4 dimensions and batch 1");
   const auto kernel = node.integers("kernel", {1, 1});
   const auto strides = node.integers("strides", {1, 1});
-  const auto pads = node.integers("pads", {0, 0, 0, 0});
+  auto pads = node.integers("pads", {0, 0, 0, 0});
   for (size_t i = 0; i < 2; ++i) {
     require(kernel.at(i) > 0 && kernel[i] <= UINT16_MAX && strides.at(i) > 0 &&
                 strides[i] <= UINT16_MAX,
@@ -30,6 +31,11 @@ void pool(NetworkBuilder& b, const Node& node, const Function& on_float,
     require(pads.at(i) >= 0 && pads[i] < kernel[i], "the padding exceeds the window");
     const int64_t last = (y.shape[i + 1] - 1) * strides[i] - pads[i];
     require(last < x.shape[i + 1], "a window lies outside the map");
+    // Where the model rounds the size up, the last window reaches over the map's end.
+    const int64_t needed = last + kernel[i] - x.shape[i + 1];
+    require(needed <= pads.at(i + 2) || node.integer("count_include_pad") == 0,
+            "counting the padding where the size is rounded up is not available");
+    pads[i + 2] = std::max(pads[i + 2], needed);
   }
   for (const Value* v : {&x, &y}) {
     require(v->shape[1] <= UINT16_MAX && v->shape[2] <= UINT16_MAX && v->shape[3] <= UINT16_MAX,
