@@ -226,6 +226,10 @@ OnnxModel parse_onnx_model(std::string_view bytes) {
       model.opset = set.version();
     }
   }
+  constexpr int kFirstWithOpset = 3;
+  if (proto.opset_import_size() == 0 && proto.ir_version() >= kFirstWithOpset) {
+    throw std::runtime_error("an ONNX model that does not say its operators' version: cut off?");
+  }
   const onnx::GraphProto& graph = proto.graph();
   if (graph.sparse_initializer_size() != 0) {
     throw std::runtime_error("sparse constants are not available; store them dense");

@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
-// A small TFLite file with bytes changed: refused, or a network that runs. The input is a list of
-// changes, three bytes each: the place in the file, then what its byte becomes.
+// A TFLite file with bytes changed: refused, or a network that runs. The input's first byte chooses
+// the file; then comes a list of changes, three bytes each: the place, and what its byte becomes.
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
 #include "importer/graph/refusals.hpp"
 #include "importer/main/import_model.hpp"
 #include "test/importer/tflite_model.hpp"
@@ -37,6 +42,23 @@ Bytes model_file() {
   return m.bytes();
 }
 
+// The file above and the importer's own models.
+std::vector<Bytes> originals() {
+  std::vector<std::filesystem::path> paths;
+  for (const auto& entry : std::filesystem::directory_iterator(NNLIB_TEST_MODELS)) {
+    if (entry.path().extension() == ".tflite") {
+      paths.push_back(entry.path());
+    }
+  }
+  std::sort(paths.begin(), paths.end());
+  std::vector<Bytes> files = {model_file()};
+  for (const auto& path : paths) {
+    std::ifstream file(path, std::ios::binary);
+    files.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  }
+  return files;
+}
+
 void run(Imported& imported) {
   // A network of millions of multiplications says nothing that a small one does not.
   uint64_t macs = 0;
@@ -56,16 +78,16 @@ void run(Imported& imported) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const Bytes original = model_file();
-  Bytes file = original;
-  for (size_t at = 0; at + 3 <= size; at += 3) {
+  static const std::vector<Bytes> files = originals();
+  Bytes file = files[size == 0 ? 0 : data[0] % files.size()];
+  for (size_t at = 1; at + 3 <= size; at += 3) {
     file[(data[at] | size_t{data[at + 1]} << 8) % file.size()] = data[at + 2];
   }
   try {
     Imported imported = import_model(file, {});
     run(imported);
   } catch (const Refused&) {
-    if (size < 3) {
+    if (size < 4) {
       __builtin_trap();  // the file as it is must be taken
     }
   }

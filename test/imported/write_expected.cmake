@@ -1,0 +1,20 @@
+# SPDX-License-Identifier: MIT
+# Writes ${header}: the elements of the files ${input} and ${output}, of C type ${type}, in the byte
+# order of any processor. Floats stand there as their bits.
+set(bits uint8_t)
+set(digits "([0-9a-f][0-9a-f])")
+set(bytes ${digits})
+set(number "0x\\1,")
+if(type STREQUAL float)
+  set(bits uint32_t)
+  set(bytes ${digits}${digits}${digits}${digits})
+  set(number "0x\\4\\3\\2\\1,")
+endif()
+set(text "typedef ${type} Element;\n")
+foreach(data input output)
+  file(READ ${${data}} elements HEX)
+  string(REGEX REPLACE "(................................)" "\\1\n" elements "${elements}")
+  string(REGEX REPLACE "${bytes}" "${number}" elements "${elements}")
+  string(APPEND text "static const ${bits} expected_${data}[] = {\n${elements}};\n")
+endforeach()
+file(WRITE ${header} "${text}")
