@@ -377,7 +377,8 @@ void check_fused(const Convolution<T>& c, int out_bits, Pooling p, ai_nl_func nl
   const bool from_weights = g.in_channels % 2 == 0;
   const T limits[] = {20, 9};
   nnlib::tensor limit({1, 1, 1, 1}, &limits[0]), other({1, 1, 1, 1}, &limits[1]);
-  const auto all_weights = nnlib::list(weights, bias, from_weights ? &limit : nnlib::absent);
+  const auto all_weights = nnlib::list(weights, c.bias.empty() ? nnlib::absent : &bias,
+                                       from_weights ? &limit : nnlib::absent);
   nnlib::layer_chain plain_chain(nnlib::list(in), nnlib::list(middle), all_weights,
                                  nnlib::list(columns));
   nnlib::layer_chain fused_chain(nnlib::list(in), nnlib::list(out), all_weights,
@@ -430,11 +431,14 @@ TEST(FixedConvolutionLayer, FusedIsTheSequence) {
   const ConvGeometry multiplied = {6, 5, 3, 6, 3, 2, 1, 1, 1, 1, 6, 6};
   const ConvGeometry pointwise = {6, 6, 4, 2, 1, 1, 0, 0, 1, 1, 6, 6};
   const ConvGeometry too_tall = {6, 3, 4, 2, 3, 7, 1, 1, 1, 1, 6, 0};  // no row of it fits
+  Convolution<q7_t> unbiased{{7, 6, 4, 2, 3, 2, 1, 0, 2, 1, 3, 5}};
+  unbiased.bias = {};
   const ConvGeometry q15 = {5, 5, 3, 2, 2, 2, 1, 1, 1, 1, 6, 6};
   const ConvGeometry q15_even = {6, 6, 4, 2, 2, 2, 1, 1, 1, 1, 7, 7};
   for (const Pooling& p : poolings) {
     for (const int out_bits : {3, 12, 14}) {
       check_fused<q7_t>({map}, out_bits, p, nullptr, pool_func_ap_array_fixed);
+      check_fused<q7_t>(unbiased, out_bits, p, nullptr, pool_func_ap_array_fixed);
       check_fused<q7_t>({odd}, out_bits, p, nl_func_relu_array_fixed, pool_func_mp_array_fixed);
       check_fused<q7_t>({rgb}, out_bits, p, nullptr, pool_func_mp_array_fixed);
       check_fused<q7_t>({multiplied, 9, true}, out_bits, p, nullptr, pool_func_mp_array_fixed);
