@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "importer/pass/evaluate.hpp"
+#include "importer/read/npy.hpp"
 #include "importer/read/onnx_tensor.hpp"
 #include "importer/read/options.hpp"
 
@@ -57,6 +58,12 @@ Value frozen_value(const std::string& text, Type type, Shape shape) {
     if (text.ends_with(".pb")) {
       return value_of(
           parse_onnx_tensor({reinterpret_cast<const char*>(bytes.data()), bytes.size()}));
+    }
+    if (text.ends_with(".npy")) {
+      Value array = read_npy(bytes);
+      array.data = array.type == type ? array.data : bytes_of(array_of(array), type);
+      array.type = type;
+      return array;
     }
     settle(shape, static_cast<int64_t>(bytes.size() / type_bytes(type)));
     if (bytes.size() != static_cast<size_t>(element_count(shape)) * type_bytes(type)) {

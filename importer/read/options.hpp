@@ -14,8 +14,8 @@ namespace nnlib::importer {
 struct ReadOptions {
   // Inputs that are really constants.
   std::map<std::string, Value, std::less<>> freeze;
-  // The same as a user writes it: numbers with commas between, or a file: an ONNX tensor (.pb) or
-  // raw elements of the input's type. A single number fills the shape.
+  // The same as a user writes it: numbers with commas between, or a file: .npy, an ONNX tensor
+  // (.pb) or raw elements of the input's type. A single number fills the shape.
   std::map<std::string, std::string, std::less<>> freeze_text;
   // Sizes of open dimensions, by the model's name for them.
   std::map<std::string, int64_t, std::less<>> input_dims;
