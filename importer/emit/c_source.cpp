@@ -278,12 +278,17 @@ std::string Source::header() const {
       if (p.tensor->quantization != nullptr) {
         out += ";\n * real value = (q - zero point) * scale";
       }
+      const ai_array_format format = p.tensor->array.format;
+      const bool fixed = ai_fmt_get_fbits(format) != 0;
+      out += fixed ? ";\n * real value = q / 2^fraction bits" : "";
       out += " */\n" + prefix + "_ELEMENTS " + std::to_string(p.tensor->array.size) + "\n";
       std::vector<std::string> sizes;
       for (const int64_t d : p.shape) {
         sizes.push_back(std::to_string(d));
       }
       out += sizes.empty() ? "" : prefix + "_SHAPE {" + wrapped(sizes, "").substr(0) + "}\n";
+      out += fixed ? prefix + "_FRACTION_BITS " + std::to_string(ai_fmt_get_fbits(format)) + "\n"
+                   : "";
       if (p.tensor->quantization != nullptr) {
         out += prefix + "_SCALE " + c_float(p.tensor->quantization->scales[0]) + "\n";
         const int zero = ai_tensor_zeropoint(&p.tensor->record, 0);

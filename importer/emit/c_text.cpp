@@ -28,7 +28,7 @@ constexpr FormatRow kFormats[] = {
 
 const FormatRow& row_of(ai_array_format format) {
   for (const FormatRow& row : kFormats) {
-    if (row.format == ai_fmt_get_code(format)) {
+    if (row.format == ai_fmt_set_fbits(ai_fmt_get_code(format), 0)) {
       return row;
     }
   }
@@ -66,7 +66,12 @@ std::string c_type(ai_array_format format) {
 }
 
 std::string c_format(ai_array_format format) {
+  const int32_t fraction_bits = ai_fmt_get_fbits(format);
   std::string name = row_of(format).name;
+  if (fraction_bits != 0) {
+    name = "AI_ARRAY_FORMAT_MAKE_Q(" + std::to_string(ai_fmt_get_bits(format)) + ", " +
+           std::to_string(fraction_bits) + ")";
+  }
   return (format & AI_FORMAT_FLAG_COPY) != 0 ? name + " | AI_FORMAT_FLAG_COPY" : name;
 }
 

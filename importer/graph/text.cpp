@@ -73,7 +73,9 @@ std::string bracketed(const List& list) {
 std::string value_text(const Value& value) {
   std::string out =
       name_text(value.name) + ": " + std::string(type_name(value.type)) + bracketed(value.shape);
-  if (const auto& q = value.quantization) {
+  if (const auto& q = value.quantization; q && q->fixed) {
+    out += " fix(" + shortest(q->fraction_bits()) + ")";
+  } else if (q) {
     out += q->per_tensor()
                ? " q(" + shortest(q->scales[0]) + "," + shortest(q->zero_points.at(0)) + ")"
                : " q(" + bracketed(q->scales) + "," + bracketed(q->zero_points) +
@@ -272,6 +274,9 @@ class Parser {
       }
       expect(")");
       value.quantization = std::move(q);
+    } else if (accept("fix(")) {
+      value.quantization = fixed_point(number<int>());
+      expect(")");
     }
     return value;
   }

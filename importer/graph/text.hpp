@@ -7,6 +7,8 @@
 //   z: f32[1,2] = softmax(y) {axis=1, beta=1.0}
 //   out   z
 //
+//   f: s8[1,2] fix(5) = quantize(z)          fixed point with 5 fraction bits
+//
 // A name that is no plain word stands in quotes. A number with a point or an exponent is a
 // float attribute. # begins a comment.
 #ifndef NNLIB_IMPORTER_GRAPH_TEXT_HPP

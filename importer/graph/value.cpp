@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace nnlib::importer {
 namespace {
@@ -98,12 +99,36 @@ int64_t elements_of(const Shape& shape) {
   return empty ? 0 : elements;
 }
 
+int Quantization::fraction_bits() const {
+  return -std::ilogb(scales[0]);
+}
+
+Quantization fixed_point(int fraction_bits) {
+  return {{std::ldexp(1.0F, -fraction_bits)}, {0}, 0, true};
+}
+
 std::vector<double> to_doubles(const Value& value) {
   return to_numbers<double>(value);
 }
 
 std::vector<int64_t> to_integers(const Value& value) {
   return to_numbers<int64_t>(value);
+}
+
+std::vector<double> to_reals(const Value& value) {
+  std::vector<double> numbers = to_doubles(value);
+  if (const auto& q = value.quantization) {
+    const auto axis = static_cast<size_t>(q->axis);
+    size_t run = 1;
+    for (size_t i = axis + 1; i < value.shape.size(); ++i) {
+      run *= static_cast<size_t>(value.shape[i]);
+    }
+    for (size_t i = 0; i < numbers.size(); ++i) {
+      const size_t c = q->per_tensor() ? 0 : i / run % q->scales.size();
+      numbers[i] = (numbers[i] - q->zero_points[c]) * static_cast<double>(q->scales[c]);
+    }
+  }
+  return numbers;
 }
 
 }  // namespace nnlib::importer

@@ -50,10 +50,15 @@ struct Quantization {
   std::vector<float> scales;
   std::vector<int32_t> zero_points;  // as many as scales
   int axis = 0;
+  bool fixed = false;  // fixed point: one scale, a power of two, and zero point 0
 
   bool per_tensor() const { return scales.size() == 1; }
+  // Of fixed point: -log2(scale).
+  int fraction_bits() const;
   bool operator==(const Quantization&) const = default;
 };
+
+Quantization fixed_point(int fraction_bits);
 
 // Elements in row-major order and in this machine's byte order.
 using Bytes = std::vector<uint8_t>;
@@ -85,6 +90,8 @@ std::shared_ptr<const Bytes> make_bytes(std::span<const T> elements) {
 // A constant's elements as numbers of a common type, whatever its own type is (but f16).
 std::vector<double> to_doubles(const Value& value);
 std::vector<int64_t> to_integers(const Value& value);
+// The numbers that a constant's elements stand for.
+std::vector<double> to_reals(const Value& value);
 
 }  // namespace nnlib::importer
 

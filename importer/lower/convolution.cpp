@@ -4,6 +4,7 @@
 
 #include "importer/lower/activation.hpp"
 #include "importer/lower/quantized.hpp"
+#include "layers_quantized/conv2d_fixed_choice.hpp"
 
 namespace nnlib::importer {
 namespace {
@@ -163,7 +164,7 @@ Tensor* bias_of(NetworkBuilder& b, const Node& node, uint32_t channels) {
   const Value* bias = b.graph().find(node.input(2));
   return bias == nullptr
              ? nullptr
-             : &b.constant_tensor("bias", bias->type, {1, channels, 1, 1}, *bias->data, {});
+             : &b.constant_tensor("bias", *bias, {1, channels, 1, 1});
 }
 
 void set_geometry(LayerBuilder& layer, const Geometry& g, uint32_t groups) {
@@ -248,6 +249,47 @@ void lower_integer(NetworkBuilder& b, const Node& node, Geometry g, bool depthwi
   layer.scratch(b.scratch(ai_conv2d_integer_scratch_size(&layer.as<ai_layer_conv2d>())));
 }
 
+// --- fixed point
+// ----------------------------------------------------------------------------------
+
+void lower_fixed(NetworkBuilder& b, const Node& node, const Geometry& g, bool depthwise) {
+  const Value x = b.value(node.input(0));
+  const Value w = b.value(node.input(1));
+  const Value y = b.value(node.output());
+  check_fixed(x, w, y, b.graph().find(node.input(2)));
+  const auto at = [](const std::vector<int64_t>& v, size_t i) {
+    return static_cast<uint32_t>(v[i]);
+  };
+  const auto size = [](const Value& v, size_t i) { return static_cast<uint32_t>(v.shape[i]); };
+  const ConvGeometry geometry{size(x, 2),     size(x, 1),         g.in_channels, g.out_channels,
+                              g.kernel[1],    g.kernel[0],        at(g.pads, 1), at(g.pads, 0),
+                              at(g.strides, 1), at(g.strides, 0), size(y, 2),    size(y, 1)};
+  const uint32_t bits = 8 * static_cast<uint32_t>(type_bytes(x.type));
+  require(g.dilations[0] == 1 && g.dilations[1] == 1, "dilation is not available for fixed point");
+  require(choose_fixed_conv({bits, g.groups, geometry}, false) != FixedConvKernel::kUnsupported,
+          bits == 8 ? "groups have to be 1 or one for each input channel"
+                    : "16 bits take one group and as much height as width in everything");
+  const bool by_channel = g.groups > 1;
+  Kernel kernel = depthwise ? of_depthwise(w) : of_ordinary(w);
+  const Dims dims = by_channel ? Dims{g.out_channels, kernel.width, kernel.height, 1}
+                               : Dims{g.in_channels, kernel.width, kernel.height, g.out_channels};
+  Tensor& weights =
+      b.constant_tensor("weights", w.type, dims,
+                        by_channel ? depthwise_bytes(kernel) : std::move(kernel.bytes),
+                        w.quantization);
+  LayerBuilder layer =
+      b.layer<ai_layer_conv2d>(NNLIB_LAYER_TYPE(CONV2D), NNLIB_FUNCTION(forward_conv2d_fixed));
+  layer.input(b.tensor(node.input(0)))
+      .output(b.tensor(node.output()))
+      .weights(&weights)
+      .macs(macs_of(g, y));
+  if (Tensor* bias = bias_of(b, node, g.out_channels)) {
+    layer.weights(bias);
+  }
+  set_geometry(layer, g, g.groups);
+  layer.scratch(b.scratch(ai_conv2d_fixed_scratch_size(&layer.as<ai_layer_conv2d>())));
+}
+
 void lower_forward(NetworkBuilder& b, const Node& node, bool depthwise) {
   const Value x = b.value(node.input(0));
   const Value y = b.value(node.output());
@@ -255,6 +297,8 @@ void lower_forward(NetworkBuilder& b, const Node& node, bool depthwise) {
   check_output(g, x, y);
   if (x.type == Type::f32) {
     lower_float(b, node, g, depthwise, NNLIB_FUNCTION(forward_conv2d), y);
+  } else if (is_fixed(x)) {
+    lower_fixed(b, node, g, depthwise);
   } else {
     lower_integer(b, node, g, depthwise);
   }
@@ -274,10 +318,10 @@ void conv2d_transpose(NetworkBuilder& b, const Node& node) {
 }
 
 constexpr Lowering kRows[] = {
-    {Op::conv2d, conv2d, kFloat | kInteger,
+    {Op::conv2d, conv2d, kFloat | kInteger | kFixed,
      "constant weights; integer: int8 weights have zero point 0, dilated kernels and groups are "
      "filled up with zeros"},
-    {Op::depthwise_conv2d, depthwise_conv2d, kFloat | kInteger,
+    {Op::depthwise_conv2d, depthwise_conv2d, kFloat | kInteger | kFixed,
      "constant weights; integer with several outputs a channel: filled up with zeros"},
     {Op::conv2d_transpose, conv2d_transpose, kFloat, "constant weights"},
 };

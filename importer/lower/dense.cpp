@@ -22,21 +22,29 @@ void dense(NetworkBuilder& b, const Node& node) {
   const Value* bias = b.graph().find(node.input(2));
   require(bias == nullptr || (bias->constant() && bias->elements() == outputs),
           "the bias is no constant of one value a channel");
-  const bool integer = x.type != Type::f32;
-  std::optional<Quantization> q;
+  const bool fixed = is_fixed(x);
+  const bool integer = x.type != Type::f32 && !fixed;
+  if (fixed) {
+    check_fixed(x, w, y, bias);
+  }
+  std::optional<Quantization> q = w.quantization;
   if (integer) {
     q = check_integer_weights(x, w, y, bias, outputs);
   }
   Tensor& weights = b.constant_tensor("weights", w.type, {inputs, outputs, 1, 1}, *w.data, q);
   LayerBuilder layer =
       b.layer<ai_layer>(NNLIB_LAYER_TYPE(DENSE), integer ? NNLIB_FUNCTION(forward_dense_integer)
+                                                 : fixed ? NNLIB_FUNCTION(forward_dense_fixed)
                                                          : NNLIB_FUNCTION(forward_dense));
   layer.input(b.tensor(node.input(0), {1, inputs, rows, 1}))
       .output(b.tensor(node.output(), {1, outputs, rows, 1}))
       .weights(&weights)
       .macs(uint64_t{rows} * inputs * outputs);
   if (bias != nullptr) {
-    layer.weights(&b.constant_tensor("bias", bias->type, {1, outputs, 1, 1}, *bias->data, {}));
+    layer.weights(&b.constant_tensor("bias", *bias, {1, outputs, 1, 1}));
+  }
+  if (fixed) {
+    layer.scratch(b.scratch(ai_dense_fixed_scratch_size(&layer.layer().record())));
   }
   if (integer) {
     layer.scratch(b.scratch(ai_dense_integer_scratch_size(&layer.layer().record())));
@@ -44,7 +52,7 @@ void dense(NetworkBuilder& b, const Node& node) {
 }
 
 constexpr Lowering kRows[] = {
-    {Op::dense, dense, kFloat | kInteger,
+    {Op::dense, dense, kFloat | kInteger | kFixed,
      "constant weights; integer: int8 weights have zero point 0"},
 };
 

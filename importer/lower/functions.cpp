@@ -70,7 +70,42 @@ void lower_integer(NetworkBuilder& b, const Node& node) {
   table_layer(b, node, unary_table(node, x, y));
 }
 
+// The functions that keep the format; tanh and sigmoid give numbers below 1, all bits behind the
+// point.
+void lower_fixed(NetworkBuilder& b, const Node& node) {
+  const Value x = b.value(node.input(0));
+  const Value y = b.value(node.output());
+  require(is_fixed(y) && x.type == y.type, "fixed point keeps its width");
+  const bool below_one = node.op == Op::tanh || node.op == Op::sigmoid;
+  require(below_one ? ai_fmt_get_ibits(format_of(y)) == 0 : same_quantization(x, y),
+          "the function cannot give this format");
+  const bool clip = node.op == Op::clip && node.number("min", -1) == 0 && node.has("max");
+  require(below_one || clip || node.op == Op::relu, "this function is not available in fixed point",
+          "relu, clip from 0, tanh and sigmoid are");
+  const Function forward = clip                   ? NNLIB_FUNCTION(forward_relu_max_fixed)
+                           : node.op == Op::relu ? NNLIB_FUNCTION(forward_relu_fixed)
+                           : node.op == Op::tanh ? NNLIB_FUNCTION(forward_tanh_fixed)
+                                                 : NNLIB_FUNCTION(forward_sigmoid_fixed);
+  LayerBuilder layer = b.layer<ai_layer_nl>(NNLIB_LAYER_TYPE(NL), forward);
+  connect(b, node, layer);
+  if (clip) {
+    const double most = x.type == Type::s8 ? INT8_MAX : INT16_MAX;
+    const double limit = std::clamp(
+        std::round(std::ldexp(node.number("max"), x.quantization->fraction_bits())), 0.0, most);
+    const auto quanta = static_cast<int16_t>(limit);
+    const auto byte = static_cast<int8_t>(quanta);
+    layer.set(NNLIB_MEMBER(ai_layer_nl, nl_params),
+              x.type == Type::s8
+                  ? b.parameters<int8_t>("maximum", std::span<const int8_t>(&byte, 1))
+                  : b.parameters<int16_t>("maximum", std::span<const int16_t>(&quanta, 1)));
+  }
+}
+
 void unary(NetworkBuilder& b, const Node& node) {
+  if (is_fixed(b.value(node.input(0)))) {
+    lower_fixed(b, node);
+    return;
+  }
   if (b.value(node.input(0)).type != Type::f32) {
     lower_integer(b, node);
     return;
@@ -142,16 +177,16 @@ constexpr Lowering kRows[] = {
     row(Op::atan),
     row(Op::sinh),
     row(Op::cosh),
-    row(Op::tanh),
+    {Op::tanh, unary, kFloat | kInteger | kFixed, ""},
     row(Op::asinh),
     row(Op::acosh),
     row(Op::atanh),
     row(Op::erf),
-    row(Op::sigmoid),
+    {Op::sigmoid, unary, kFloat | kInteger | kFixed, ""},
     row(Op::soft_plus),
     row(Op::soft_sign),
-    row(Op::relu),
-    row(Op::clip),
+    {Op::relu, unary, kFloat | kInteger | kFixed, ""},
+    {Op::clip, unary, kFloat | kInteger | kFixed, "fixed point: from 0 on"},
     row(Op::leaky_relu),
     row(Op::elu),
     row(Op::selu),

@@ -29,7 +29,8 @@ inline void require(bool condition, const std::string& reason, const std::string
 // The element types that a lowering takes. Data movement takes any of 1, 2 or 4 bytes.
 constexpr uint8_t kFloat = 1;
 constexpr uint8_t kInteger = 2;  // quantized int8 and uint8
-constexpr uint8_t kAnyType = kFloat | kInteger | 4;
+constexpr uint8_t kFixed = 4;    // fixed point of 8 and 16 bits
+constexpr uint8_t kAnyType = kFloat | kInteger | kFixed | 8;
 
 struct Lowering {
   Op op;

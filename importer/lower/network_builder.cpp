@@ -18,7 +18,14 @@ uint32_t narrow(int64_t dimension) {
 }
 
 bool is_quantized(Type type, const std::optional<Quantization>& quantization) {
-  return (type == Type::s8 || type == Type::u8) && quantization.has_value();
+  return (type == Type::s8 || type == Type::u8) && quantization && !quantization->fixed;
+}
+
+ai_array_format format_of(Type type, const std::optional<Quantization>& quantization) {
+  const ai_array_format format = nnlib::importer::format_of(type);
+  return quantization && quantization->fixed
+             ? ai_fmt_set_fbits(format, quantization->fraction_bits())
+             : format;
 }
 
 bool has_quantization(const Tensor& t, const Value& v) {
@@ -72,6 +79,10 @@ ai_array_format format_of(Type type) {
       break;
   }
   throw Refused("tensors of type " + std::string(type_name(type)) + " are not available");
+}
+
+ai_array_format format_of(const Value& value) {
+  return format_of(value.type, value.quantization);
 }
 
 NetworkBuilder::NetworkBuilder(Graph graph)
@@ -219,12 +230,12 @@ Tensor& NetworkBuilder::tensor(ValueId id, Dims dims) {
     name = memory.substr(0, memory.rfind("_memory"));
   }
   for (Tensor* known : views_[{place.constant, place.buffer}]) {
-    const bool same = known->dims == dims && known->array.format == format_of(v.type);
+    const bool same = known->dims == dims && known->array.format == format_of(v);
     if (same && has_quantization(*known, v)) {
       return *known;
     }
   }
-  Tensor& t = add_tensor(name, format_of(v.type), dims, place, &v.type, v.quantization);
+  Tensor& t = add_tensor(name, format_of(v), dims, place, &v.type, v.quantization);
   views_[{place.constant, place.buffer}].push_back(&t);
   return t;
 }
@@ -233,7 +244,8 @@ Tensor& NetworkBuilder::constant_tensor(const std::string& what, Type type, Dims
                                         const std::optional<Quantization>& quantization) {
   const std::string name = prefix_ + "_" + what;
   Constant& constant = add_constant(name + "_data", format_of(type), std::move(bytes));
-  return add_tensor(name, format_of(type), dims, {&constant, nullptr}, &type, quantization);
+  return add_tensor(name, format_of(type, quantization), dims, {&constant, nullptr}, &type,
+                    quantization);
 }
 
 Tensor* NetworkBuilder::scratch(uint32_t bytes, ai_array_format format) {
@@ -285,22 +297,26 @@ LayerBuilder NetworkBuilder::add_layer(size_t bytes, RecordKind kind, LayerType 
   return {*network_, layer, index};
 }
 
-void NetworkBuilder::copy_output(ValueId id) {
-  const Value original = value(id);
-  prefix_ = "copy";
-  node_ = nullptr;
-  const ValueId copy = temporary(original.type, original.shape, original.quantization);
-  const int32_t end = static_cast<int32_t>(dims_of(original.shape).c);
+void NetworkBuilder::copy(ValueId from, ValueId to) {
+  const int32_t end = static_cast<int32_t>(dims_of(value(from).shape).c);
   const std::vector<int32_t> zero = {0};
   const std::vector<int32_t> all = {end};
   const std::vector<uint32_t> axis = {AI_SHAPE_C};
   layer<ai_layer_slice>(NNLIB_LAYER_TYPE(SLICE), NNLIB_FUNCTION(forward_slice))
-      .input(tensor(id))
-      .output(tensor(copy))
+      .input(tensor(from))
+      .output(tensor(to))
       .set(NNLIB_MEMBER(ai_layer_slice, axes), parameters<uint32_t>("axes", axis))
       .set(NNLIB_MEMBER(ai_layer_slice, starts), parameters<int32_t>("starts", zero))
       .set(NNLIB_MEMBER(ai_layer_slice, ends), parameters<int32_t>("ends", all));
-  std::replace(graph_.outputs.begin(), graph_.outputs.end(), id, copy);
+}
+
+void NetworkBuilder::copy_output(ValueId id) {
+  const Value original = value(id);
+  prefix_ = "copy";
+  node_ = nullptr;
+  const ValueId copied = temporary(original.type, original.shape, original.quantization);
+  copy(id, copied);
+  std::replace(graph_.outputs.begin(), graph_.outputs.end(), id, copied);
 }
 
 void NetworkBuilder::make_ports() {
@@ -313,7 +329,7 @@ void NetworkBuilder::make_ports() {
         dims = flat_dims(dims.elements());
       }
       const std::string name = ids.size() == 1 ? what : what + "_" + std::to_string(i + 1);
-      Tensor& t = add_tensor(name + "_port", format_of(v.type) | AI_FORMAT_FLAG_COPY, dims,
+      Tensor& t = add_tensor(name + "_port", format_of(v) | AI_FORMAT_FLAG_COPY, dims,
                              places_.at(ids[i]), &v.type, v.quantization);
       ports.push_back({v.name, v.shape, v.type, &t});
     }

@@ -61,6 +61,8 @@ Dims dims_of(const Shape& shape);
 Dims flat_dims(uint64_t elements);
 
 ai_array_format format_of(Type type);
+// With the fraction bits of fixed point.
+ai_array_format format_of(const Value& value);
 
 class NetworkBuilder {
  public:
@@ -76,6 +78,8 @@ class NetworkBuilder {
   Tensor& tensor(ValueId id, Dims dims);
   // `to` has the elements of `from` in the same place: a reshape.
   void alias(ValueId to, ValueId from);
+  // A layer that does nothing but copy.
+  void copy(ValueId from, ValueId to);
   // A value that lowering needs between two layers of one node.
   ValueId temporary(Type type, Shape shape, std::optional<Quantization> quantization = {});
   // A value with the elements of constant `id` in another order or number.
@@ -86,6 +90,10 @@ class NetworkBuilder {
   }
   Tensor& constant_tensor(const std::string& what, Type type, Dims dims, Bytes bytes,
                           const std::optional<Quantization>& quantization);
+  // A constant's elements in other dimensions.
+  Tensor& constant_tensor(const std::string& what, const Value& constant, Dims dims) {
+    return constant_tensor(what, constant.type, dims, *constant.data, constant.quantization);
+  }
   // Null for 0 bytes. Aligned to 4.
   Tensor* scratch(uint32_t bytes, ai_array_format format = AI_ARRAY_FORMAT_U8);
   Tensor* scratch(ai_array_format format, Dims dims);

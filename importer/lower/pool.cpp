@@ -16,7 +16,7 @@ void round_to_nearest(Value& y) {
 }
 
 void pool(NetworkBuilder& b, const Node& node, const Function& on_float,
-          const Function& on_integer) {
+          const Function& on_integer, const Function& on_fixed) {
   const Value x = b.value(node.input(0));
   const Value y = b.value(node.output());
   require(x.rank() == 4 && y.rank() == 4 && x.shape[0] == 1 && x.shape[3] == y.shape[3],
@@ -41,11 +41,15 @@ void pool(NetworkBuilder& b, const Node& node, const Function& on_float,
     require(v->shape[1] <= UINT16_MAX && v->shape[2] <= UINT16_MAX && v->shape[3] <= UINT16_MAX,
             "a dimension exceeds 65535");
   }
-  const bool integer = x.type != Type::f32;
+  const bool fixed = is_fixed(x);
+  const bool integer = x.type != Type::f32 && !fixed;
   if (integer) {
     check_activation(x);
     check_activation(y);
     require(x.type == y.type, "input and output have to have the same type");
+  }
+  require(!fixed || same_quantization(x, y), "input and output have to have the same format");
+  if (integer || fixed) {
     require(node.integer("count_include_pad") == 0,
             "counting the padding is not available for integers");
   }
@@ -61,7 +65,9 @@ void pool(NetworkBuilder& b, const Node& node, const Function& on_float,
     out = b.temporary(y.type, y.shape, nearest.quantization);
   }
   LayerBuilder layer =
-      b.layer<ai_layer_pool>(NNLIB_LAYER_TYPE(POOL), integer ? on_integer : on_float);
+      b.layer<ai_layer_pool>(NNLIB_LAYER_TYPE(POOL), fixed     ? on_fixed
+                                                          : integer ? on_integer
+                                                                    : on_float);
   layer.input(b.tensor(node.input(0)))
       .output(b.tensor(out))
       .set(NNLIB_MEMBER(ai_layer_pool, pool_size), at(kernel, 1), at(kernel, 0))
@@ -77,15 +83,17 @@ void pool(NetworkBuilder& b, const Node& node, const Function& on_float,
 }
 
 void max_pool(NetworkBuilder& b, const Node& node) {
-  pool(b, node, NNLIB_FUNCTION(forward_mp), NNLIB_FUNCTION(forward_mp_integer));
+  pool(b, node, NNLIB_FUNCTION(forward_mp), NNLIB_FUNCTION(forward_mp_integer),
+       NNLIB_FUNCTION(forward_mp_fixed));
 }
 void average_pool(NetworkBuilder& b, const Node& node) {
-  pool(b, node, NNLIB_FUNCTION(forward_ap), NNLIB_FUNCTION(forward_ap_integer));
+  pool(b, node, NNLIB_FUNCTION(forward_ap), NNLIB_FUNCTION(forward_ap_integer),
+       NNLIB_FUNCTION(forward_ap_fixed));
 }
 
 constexpr Lowering kRows[] = {
-    {Op::max_pool, max_pool, kFloat | kInteger, "over width and height"},
-    {Op::average_pool, average_pool, kFloat | kInteger,
+    {Op::max_pool, max_pool, kFloat | kInteger | kFixed, "over width and height"},
+    {Op::average_pool, average_pool, kFloat | kInteger | kFixed,
      "over width and height; counting the padding: float only"},
 };
 

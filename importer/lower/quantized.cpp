@@ -18,8 +18,20 @@ void check_activation(const Value& v) {
   require(v.type == Type::s8 || v.type == Type::u8,
           "activations of type " + std::string(type_name(v.type)) + " are not available here",
           "float, int8 and uint8 are");
-  require(v.quantization && usable(*v.quantization), "a tensor without scale");
+  require(is_quantized(v) && usable(*v.quantization), "a tensor without scale");
   require(v.quantization->per_tensor(), "activations have to have one scale");
+}
+
+void check_fixed(const Value& x, const Value& w, const Value& y, const Value* bias) {
+  for (const Value* v : {&x, &w, &y, bias}) {
+    require(v == nullptr || (is_fixed(*v) && v->type == x.type),
+            "all tensors have to be fixed point of one width");
+  }
+  const int sum = x.quantization->fraction_bits() + w.quantization->fraction_bits();
+  const int left = bias == nullptr ? 0 : sum - bias->quantization->fraction_bits();
+  const int right = sum - y.quantization->fraction_bits();
+  require(left >= 0 && left < 32 && right < 31 && right > -32,
+          "the formats of input, weights, bias and output are too far apart");
 }
 
 Quantization check_integer_weights(const Value& x, const Value& w, const Value& y,

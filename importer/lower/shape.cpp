@@ -13,7 +13,7 @@ namespace {
 
 void check_moved(const Value& from, const Value& to) {
   require(from.type == to.type, "input and output have to have the same type");
-  require(!is_quantized(from) || same_quantization(from, to),
+  require((!is_quantized(from) && !is_fixed(from)) || same_quantization(from, to),
           "input and output have to have the same scale and zero point");
 }
 
@@ -168,6 +168,15 @@ Bytes element_of(const Value& v, double real) {
   if (v.type == Type::f32) {
     const auto value = static_cast<float>(real);
     std::memcpy(bytes.data(), &value, sizeof(value));
+  } else if (is_fixed(v)) {
+    const double most = std::ldexp(1.0, static_cast<int>(8 * bytes.size()) - 1);
+    const double q = std::round(real / static_cast<double>(v.quantization->scales[0]));
+    const auto value = static_cast<int16_t>(std::clamp(q, -most, most - 1));
+    if (bytes.size() == 2) {
+      std::memcpy(bytes.data(), &value, sizeof(value));
+    } else {
+      bytes[0] = static_cast<uint8_t>(value);
+    }
   } else if (is_quantized(v)) {
     const double q = std::round(real / static_cast<double>(v.quantization->scales[0])) +
                      v.quantization->zero_points[0];

@@ -2,11 +2,10 @@
 #include "importer/main/import_model.hpp"
 
 #include "importer/graph/refusals.hpp"
-#include "importer/lower/activation.hpp"
+#include "importer/lower/complete.hpp"
 #include "importer/lower/lowering.hpp"
 #include "importer/pass/compose.hpp"
 #include "importer/pass/fusing.hpp"
-#include "importer/pass/islands.hpp"
 #include "importer/pass/layout.hpp"
 #include "importer/pass/ports.hpp"
 #include "importer/pass/quantization.hpp"
@@ -36,20 +35,14 @@ Graph run_passes(Graph graph, const ImportOptions& options) {
   }
   fold_batch_norm(graph);
   pool_means(graph);
-  add_float_islands(graph, [](Op op) {
-    const Lowering* row = lowering_of(op);
-    return row == nullptr ? moves_bytes(op) : (row->types & kInteger) != 0;
-  });
-  compose(graph);
-  fuse_activations(graph, [](const Node& node) { return activation_of(node).has_value(); });
   return graph;
 }
 
-}  // namespace
-
-Graph prepare(Graph graph, const ImportOptions& options) {
+// What passes throw becomes a refusal.
+template <class Passes>
+Graph refusing(Passes passes) {
   try {
-    return run_passes(std::move(graph), options);
+    return passes();
   } catch (const Refused&) {
     throw;
   } catch (const NotAvailable& why) {
@@ -57,6 +50,20 @@ Graph prepare(Graph graph, const ImportOptions& options) {
   } catch (const std::runtime_error& error) {
     throw Refused(error.what());
   }
+}
+
+}  // namespace
+
+Graph simplify(Graph graph, const ImportOptions& options) {
+  return refusing([&] { return run_passes(std::move(graph), options); });
+}
+
+Graph prepare(Graph graph, const ImportOptions& options) {
+  return refusing([&] {
+    Graph prepared = run_passes(std::move(graph), options);
+    complete(prepared);
+    return prepared;
+  });
 }
 
 Imported build(const Graph& prepared, const ImportOptions& options) {

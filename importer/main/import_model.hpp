@@ -27,6 +27,8 @@ struct Imported {
 
 // The graph as its file has it.
 Graph read_model(std::span<const uint8_t> file, const ImportOptions& options);
+// The same network of fewer operators, values and nodes still those of the model.
+Graph simplify(Graph graph, const ImportOptions& options);
 // The graph as it is lowered.
 Graph prepare(Graph graph, const ImportOptions& options);
 Imported build(const Graph& prepared, const ImportOptions& options);
