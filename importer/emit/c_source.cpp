@@ -287,8 +287,8 @@ std::string Source::header() const {
         sizes.push_back(std::to_string(d));
       }
       out += sizes.empty() ? "" : prefix + "_SHAPE {" + wrapped(sizes, "").substr(0) + "}\n";
-      out += fixed ? prefix + "_FRACTION_BITS " + std::to_string(ai_fmt_get_fbits(format)) + "\n"
-                   : "";
+      out +=
+          fixed ? prefix + "_FRACTION_BITS " + std::to_string(ai_fmt_get_fbits(format)) + "\n" : "";
       if (p.tensor->quantization != nullptr) {
         out += prefix + "_SCALE " + c_float(p.tensor->quantization->scales[0]) + "\n";
         const int zero = ai_tensor_zeropoint(&p.tensor->record, 0);

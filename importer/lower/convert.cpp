@@ -26,9 +26,7 @@ ValueId copied(NetworkBuilder& b, ValueId x) {
 void requantize_fixed(NetworkBuilder& b, const Node& node) {
   Tensor& in = b.tensor(node.input(0));
   Tensor& out = b.tensor(node.output(), in.dims);
-  b.layer<ai_layer>(NNLIB_LAYER_TYPE(NL), NNLIB_FUNCTION(node_convert_fixed))
-      .input(in)
-      .output(out);
+  b.layer<ai_layer>(NNLIB_LAYER_TYPE(NL), NNLIB_FUNCTION(node_convert_fixed)).input(in).output(out);
 }
 
 // Fixed point with integer bits is made of floats that the layer first scales where they are.

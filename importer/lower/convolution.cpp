@@ -162,9 +162,7 @@ Bytes depthwise_bytes(Kernel& k) {
 
 Tensor* bias_of(NetworkBuilder& b, const Node& node, uint32_t channels) {
   const Value* bias = b.graph().find(node.input(2));
-  return bias == nullptr
-             ? nullptr
-             : &b.constant_tensor("bias", *bias, {1, channels, 1, 1});
+  return bias == nullptr ? nullptr : &b.constant_tensor("bias", *bias, {1, channels, 1, 1});
 }
 
 void set_geometry(LayerBuilder& layer, const Geometry& g, uint32_t groups) {
@@ -261,8 +259,8 @@ void lower_fixed(NetworkBuilder& b, const Node& node, const Geometry& g, bool de
     return static_cast<uint32_t>(v[i]);
   };
   const auto size = [](const Value& v, size_t i) { return static_cast<uint32_t>(v.shape[i]); };
-  const ConvGeometry geometry{size(x, 2),     size(x, 1),         g.in_channels, g.out_channels,
-                              g.kernel[1],    g.kernel[0],        at(g.pads, 1), at(g.pads, 0),
+  const ConvGeometry geometry{size(x, 2),       size(x, 1),       g.in_channels, g.out_channels,
+                              g.kernel[1],      g.kernel[0],      at(g.pads, 1), at(g.pads, 0),
                               at(g.strides, 1), at(g.strides, 0), size(y, 2),    size(y, 1)};
   const uint32_t bits = 8 * static_cast<uint32_t>(type_bytes(x.type));
   require(g.dilations[0] == 1 && g.dilations[1] == 1, "dilation is not available for fixed point");
@@ -273,10 +271,9 @@ void lower_fixed(NetworkBuilder& b, const Node& node, const Geometry& g, bool de
   Kernel kernel = depthwise ? of_depthwise(w) : of_ordinary(w);
   const Dims dims = by_channel ? Dims{g.out_channels, kernel.width, kernel.height, 1}
                                : Dims{g.in_channels, kernel.width, kernel.height, g.out_channels};
-  Tensor& weights =
-      b.constant_tensor("weights", w.type, dims,
-                        by_channel ? depthwise_bytes(kernel) : std::move(kernel.bytes),
-                        w.quantization);
+  Tensor& weights = b.constant_tensor(
+      "weights", w.type, dims, by_channel ? depthwise_bytes(kernel) : std::move(kernel.bytes),
+      w.quantization);
   LayerBuilder layer =
       b.layer<ai_layer_conv2d>(NNLIB_LAYER_TYPE(CONV2D), NNLIB_FUNCTION(forward_conv2d_fixed));
   layer.input(b.tensor(node.input(0)))

@@ -25,7 +25,7 @@ void dense(NetworkBuilder& b, const Node& node) {
   const bool fixed = is_fixed(x);
   const bool integer = x.type != Type::f32 && !fixed;
   if (fixed) {
-    check_fixed(x, w, y, bias);
+    check_fixed(x, w, y, bias, true);
   }
   std::optional<Quantization> q = w.quantization;
   if (integer) {
@@ -53,7 +53,9 @@ void dense(NetworkBuilder& b, const Node& node) {
 
 constexpr Lowering kRows[] = {
     {Op::dense, dense, kFloat | kInteger | kFixed,
-     "constant weights; integer: int8 weights have zero point 0"},
+     "constant weights; integer: int8 weights have zero point 0; 16 bits of fixed point take "
+     "weights "
+     "of 8"},
 };
 
 }  // namespace

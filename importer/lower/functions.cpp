@@ -82,7 +82,7 @@ void lower_fixed(NetworkBuilder& b, const Node& node) {
   const bool clip = node.op == Op::clip && node.number("min", -1) == 0 && node.has("max");
   require(below_one || clip || node.op == Op::relu, "this function is not available in fixed point",
           "relu, clip from 0, tanh and sigmoid are");
-  const Function forward = clip                   ? NNLIB_FUNCTION(forward_relu_max_fixed)
+  const Function forward = clip                  ? NNLIB_FUNCTION(forward_relu_max_fixed)
                            : node.op == Op::relu ? NNLIB_FUNCTION(forward_relu_fixed)
                            : node.op == Op::tanh ? NNLIB_FUNCTION(forward_tanh_fixed)
                                                  : NNLIB_FUNCTION(forward_sigmoid_fixed);

@@ -15,8 +15,8 @@ void round_to_nearest(Value& y) {
   scale = std::nextafter(scale, 0.0f);
 }
 
-void pool(NetworkBuilder& b, const Node& node, const Function& on_float,
-          const Function& on_integer, const Function& on_fixed) {
+void pool(NetworkBuilder& b, const Node& node, const Function& on_float, const Function& on_integer,
+          const Function& on_fixed) {
   const Value x = b.value(node.input(0));
   const Value y = b.value(node.output());
   require(x.rank() == 4 && y.rank() == 4 && x.shape[0] == 1 && x.shape[3] == y.shape[3],
@@ -64,10 +64,9 @@ void pool(NetworkBuilder& b, const Node& node, const Function& on_float,
     round_to_nearest(nearest);
     out = b.temporary(y.type, y.shape, nearest.quantization);
   }
-  LayerBuilder layer =
-      b.layer<ai_layer_pool>(NNLIB_LAYER_TYPE(POOL), fixed     ? on_fixed
-                                                          : integer ? on_integer
-                                                                    : on_float);
+  LayerBuilder layer = b.layer<ai_layer_pool>(NNLIB_LAYER_TYPE(POOL), fixed     ? on_fixed
+                                                                      : integer ? on_integer
+                                                                                : on_float);
   layer.input(b.tensor(node.input(0)))
       .output(b.tensor(out))
       .set(NNLIB_MEMBER(ai_layer_pool, pool_size), at(kernel, 1), at(kernel, 0))

@@ -22,11 +22,15 @@ void check_activation(const Value& v) {
   require(v.quantization->per_tensor(), "activations have to have one scale");
 }
 
-void check_fixed(const Value& x, const Value& w, const Value& y, const Value* bias) {
+void check_fixed(const Value& x, const Value& w, const Value& y, const Value* bias,
+                 bool narrow_weights) {
   for (const Value* v : {&x, &w, &y, bias}) {
-    require(v == nullptr || (is_fixed(*v) && v->type == x.type),
-            "all tensors have to be fixed point of one width");
+    require(v == nullptr || is_fixed(*v), "all tensors have to be fixed point");
   }
+  const bool narrow = narrow_weights && w.type == Type::s8;
+  require(
+      y.type == x.type && (w.type == x.type || narrow) && (bias == nullptr || bias->type == w.type),
+      "all tensors have to be fixed point of one width");
   const int sum = x.quantization->fraction_bits() + w.quantization->fraction_bits();
   const int left = bias == nullptr ? 0 : sum - bias->quantization->fraction_bits();
   const int right = sum - y.quantization->fraction_bits();

@@ -22,8 +22,10 @@ inline bool same_quantization(const Value& a, const Value& b) {
 void check_activation(const Value& v);
 
 // Throws Unsupported unless input, weights, output and the optional bias are fixed point of one
-// width and the shifts between them are those that the kernels take.
-void check_fixed(const Value& x, const Value& w, const Value& y, const Value* bias);
+// width (weights and bias may have 8 bits only where narrow_weights) and the shifts between them
+// are those that the kernels take.
+void check_fixed(const Value& x, const Value& w, const Value& y, const Value* bias,
+                 bool narrow_weights = false);
 
 // Checks input, weights, output and bias of an integer layer with weights; returns the weights'
 // quantization.

@@ -14,11 +14,12 @@
 namespace nnlib::importer {
 namespace {
 
-// Convolution with an absent bias, activation parameters, a constant operand, infinite bounds, two
-// inputs, two outputs, a reshape and a table.
+// Convolution with an absent bias, activation parameters, a constant operand, infinite bounds,
+// several inputs and outputs, a reshape, a table and fixed point.
 const char* const kModel = R"(
   in x: f32[1,2,3,2]
   in q: s8[1,4] q(0.5,-3)
+  in f: s16[1,3] fix(11)
   const w: f32[3,1,2,2] = 0.5 -1 2 0.25 1 1 -0.5 3 0 0.1 -2 1
   const k: f32[3] = 1 -2 0.3
   c: f32[1,2,2,3] = conv2d(x, w, _) {strides=[1,1]} @"conv */ //" (CONV_2D)
@@ -28,8 +29,11 @@ const char* const kModel = R"(
   r: f32[4,3] = reshape(m)
   t: f32[4,3] = softmax(r) {axis=1}
   v: s8[1,4] q(0.00390625,-128) = sigmoid(q)
+  const d: s16[2,3] fix(13) = 5000 -7000 123 -456 789 8000
+  g: s16[1,2] fix(10) = dense(f, d, _)
   out t
   out v
+  out g
 )";
 
 const char* const kMain = R"(
@@ -37,14 +41,17 @@ const char* const kMain = R"(
 #include "tiny.h"
 static float x[TINY_INPUT_1_ELEMENTS];
 static int8_t q[TINY_INPUT_2_ELEMENTS] = {-128, -3, 4, 127};
+static int16_t f[TINY_INPUT_3_ELEMENTS] = {1 << TINY_INPUT_3_FRACTION_BITS, -300, 2000};
 static float t[TINY_OUTPUT_1_ELEMENTS];
 static int8_t v[TINY_OUTPUT_2_ELEMENTS];
+static int16_t g[TINY_OUTPUT_3_ELEMENTS];
 static _Alignas(8) uint8_t arena[TINY_ARENA_BYTES];
 int main(void) {
   (void)arena;
   for (int i = 0; i < 12; ++i) x[i] = (float)(i * 7 % 12) / 4.0f - 1.0f;
-  if (tiny_init(ARENA) != 0 || tiny_run(x, q, t, v) != 0) return 1;
-  return fwrite(t, sizeof(t), 1, stdout) != 1 || fwrite(v, sizeof(v), 1, stdout) != 1;
+  if (tiny_init(ARENA) != 0 || tiny_run(x, q, f, t, v, g) != 0) return 1;
+  return fwrite(t, sizeof(t), 1, stdout) != 1 || fwrite(v, sizeof(v), 1, stdout) != 1 ||
+         fwrite(g, sizeof(g), 1, stdout) != 1;
 }
 )";
 
@@ -85,9 +92,12 @@ TEST(EmittedC, ComputesTheBytesOfTheNetworkInMemory) {
     x.push_back(static_cast<float>(i * 7 % 12) / 4.0f - 1.0f);
   }
   const auto outputs = Runner(*imported.network, imported.memory)
-                           .run({*make_bytes<float>(x), Bytes{0x80, 0xFD, 4, 127}});
+                           .run({*make_bytes<float>(x), Bytes{0x80, 0xFD, 4, 127},
+                                 *make_bytes<int16_t>(std::vector<int16_t>{2048, -300, 2000})});
   Bytes expected = outputs[0];
-  expected.insert(expected.end(), outputs[1].begin(), outputs[1].end());
+  for (const Bytes& more : {outputs[1], outputs[2]}) {
+    expected.insert(expected.end(), more.begin(), more.end());
+  }
 
   SourceOptions options;
   options.name = "tiny";

@@ -11,6 +11,7 @@ namespace {
 TEST(GraphText, ReadsBackWhatItPrints) {
   const std::string text =
       "in x: s8[1,4] q(0.5,-3)\n"
+      "in f: s16[2] fix(-3)\n"
       "const w: s8[2,4] q([0.1,0.25],[0,0],axis=0) = 1 2 3 4 -1 -2 -3 -4\n"
       "const \"b:0\": f32[2] = 0.1 -1e-30\n"
       "y: s8[1,2] q(0.25,4) = dense(x, w, _) @\"fc \\\"1\\\"\" (FULLY_CONNECTED)\n"
