@@ -16,8 +16,8 @@ bool one_to_one(const ConvAxis& axis) {
   return axis.taps == 1 && axis.stride == 1 && axis.start == 0 && axis.in == axis.out;
 }
 
-// Joins the rows of a 1 x 1 convolution to one where they follow each other: no block of pixels
-// ends at the end of a row.
+}  // namespace
+
 void join_rows(Conv2d& conv) {
   const bool joins = one_to_one(conv.x) && one_to_one(conv.y) &&
                      conv.y.in_pitch == conv.x.in * conv.x.in_pitch &&
@@ -28,12 +28,8 @@ void join_rows(Conv2d& conv) {
   }
 }
 
-}  // namespace
-
 void conv2d_f32(const Conv2d& conv) {
-  Conv2d joined = conv;
-  join_rows(joined);
-  NNLIB_VECTOR_IF(conv.out_channels >= kWideLanes, conv2d)(joined);
+  NNLIB_VECTOR_IF(conv.out_channels >= kWideLanes, conv2d)(conv);
 }
 
 }  // namespace nnlib

@@ -36,6 +36,10 @@ struct Conv2d {
   ConvAxis y;
 };
 
+// Makes one row of the rows of a 1 x 1 convolution where they follow each other: no block of pixels
+// ends at the end of a row then.
+void join_rows(Conv2d& conv);
+
 void conv2d_f32(const Conv2d& conv);
 
 }  // namespace nnlib

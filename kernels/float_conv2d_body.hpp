@@ -11,7 +11,8 @@ inline bool rows_are_runs(const Conv2d& conv, bool weights_in_place) {
          (!weights_in_place || conv.x.tap_pitch == tap);
 }
 
-constexpr size_t kMostRuns = 16;
+// (What reads weights in place has little stack, too.)
+constexpr size_t kMostRuns = kPacks ? 16 : 5;
 
 // Depth k (tap row, tap column, input channel, in this order) from `first` on, of some columns
 // (output channels).
@@ -88,7 +89,8 @@ NNLIB_ALWAYS_INLINE void conv_block(const Chunk& chunk, const Line& line, const 
 }
 
 template <size_t NV, size_t P = kBlockRows<NV>>
-void conv_pixels(const Chunk& chunk, const Line& line, const Runs& runs, size_t pixel = 0) {
+NNLIB_ALWAYS_INLINE void conv_pixels(const Chunk& chunk, const Line& line, const Runs& runs,
+                                     size_t pixel = 0) {
   for (; pixel + P <= line.count; pixel += P) {
     conv_block<P, NV>(chunk, line, runs, pixel);
   }
@@ -97,19 +99,26 @@ void conv_pixels(const Chunk& chunk, const Line& line, const Runs& runs, size_t 
   }
 }
 
-template <size_t NV>
-void conv_line(const Conv2d& conv, const Chunk& chunk, const Line& line) {
-  conv_pixels<NV>(chunk, line, runs_of(conv, chunk, line.rows, line.columns));
+template <size_t NV = kTileVectors>
+NNLIB_ALWAYS_INLINE void conv_columns(const Chunk& chunk, const Line& line, const Runs& runs) {
+  if (chunk.columns.vectors == NV) {
+    conv_pixels<NV>(chunk, line, runs);
+  } else if constexpr (NV > 1) {
+    conv_columns<NV / 2>(chunk, line, runs);
+  }
+}
+
+inline void conv_line(const Conv2d& conv, const Chunk& chunk, const Line& line) {
+  conv_columns(chunk, line, runs_of(conv, chunk, line.rows, line.columns));
 }
 
 // All pixels over one chunk: complete windows row by row, then the cut ones left and right, which
 // share their taps with those above and below.
-template <size_t NV>
-void conv_sweep(const Conv2d& conv, const Chunk& chunk) {
+inline void conv_sweep(const Conv2d& conv, const Chunk& chunk) {
   const Span inner_x = complete_windows(conv.x);
   const Span inner_y = complete_windows(conv.y);
   for (uint32_t y = 0; y < conv.y.out && inner_x.begin < inner_x.end; ++y) {
-    conv_line<NV>(conv, chunk, line_along_x(conv, inner_x.begin, y, inner_x.end - inner_x.begin));
+    conv_line(conv, chunk, line_along_x(conv, inner_x.begin, y, inner_x.end - inner_x.begin));
   }
   for (uint32_t x = 0; x < conv.x.out; ++x) {
     if (x >= inner_x.begin && x < inner_x.end) {
@@ -117,18 +126,9 @@ void conv_sweep(const Conv2d& conv, const Chunk& chunk) {
     }
     for (uint32_t y = 0; y < conv.y.out;) {
       const uint32_t count = y == inner_y.begin && y < inner_y.end ? inner_y.end - y : 1;
-      conv_line<NV>(conv, chunk, line_along_y(conv, x, y, count));
+      conv_line(conv, chunk, line_along_y(conv, x, y, count));
       y += count;
     }
-  }
-}
-
-template <size_t NV = kTileVectors>
-void conv_columns(const Conv2d& conv, const Chunk& chunk) {
-  if (chunk.columns.vectors == NV) {
-    conv_sweep<NV>(conv, chunk);
-  } else if constexpr (NV > 1) {
-    conv_columns<NV / 2>(conv, chunk);
   }
 }
 
@@ -164,11 +164,11 @@ inline size_t chunk_depth(const Conv2d& conv, bool row_runs, size_t first) {
     return std::min(runs * run, left);
   }
   const size_t parts = (run + kTileDepth - 1) / kTileDepth;
-  return std::min((run + parts - 1) / parts, run - first % run);
+  return std::min({(run + parts - 1) / parts, run - first % run, left});
 }
 
 inline void conv2d(const Conv2d& conv) {
-  alignas(64) TileBuffer buffer;
+  TileBuffer buffer;
   const bool row_runs = rows_are_runs(conv, !kPacks);
   const size_t total = size_t{conv.y.taps} * conv.x.taps * conv.in_channels;
   for (size_t channel = 0; channel < conv.out_channels;) {
@@ -177,16 +177,16 @@ inline void conv2d(const Conv2d& conv) {
     if (conv.bias != nullptr) {
       std::copy_n(conv.bias + columns.first, (columns.vectors - 1) * kLanes + columns.lanes, bias);
     }
-    Chunk chunk = {0, 0, row_runs, columns, {buffer, columns.vectors * kLanes, kLanes}, bias};
+    Chunk chunk = {0, 0, row_runs, columns, {buffer.data, columns.vectors * kLanes, kLanes}, bias};
     if (!kPacks) {
       chunk.tile = {conv.weights + columns.first * conv.weights_pitch, 1, conv.weights_pitch};
     }
     do {
       chunk.depth = chunk_depth(conv, row_runs, chunk.first);
       if (kPacks) {
-        pack_weights(buffer, conv, columns, chunk.first, chunk.depth);
+        pack_weights(buffer.data, conv, columns, chunk.first, chunk.depth);
       }
-      conv_columns(conv, chunk);
+      conv_sweep(conv, chunk);
       chunk.bias = nullptr;
       chunk.first += chunk.depth;
     } while (chunk.first < total);

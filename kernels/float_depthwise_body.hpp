@@ -3,6 +3,14 @@
 #include "kernels/float_conv_lines_body.hpp"
 #include "kernels/float_tile_body.hpp"
 
+// Where size counts, other windows than 3 x 3 inside the map are computed one by one.
+#if NNLIB_LANES == 1 && defined(__OPTIMIZE_SIZE__)
+constexpr bool kSingly = true;
+#else
+constexpr bool kSingly = false;
+#endif
+constexpr size_t kChannelVectors = kSingly ? 1 : 4;
+
 // P pixels times NV vectors of channels, each channel with its own input channel. Part: a vector
 // with fewer channels than lanes.
 template <bool Part, size_t P, size_t NV>
@@ -37,7 +45,7 @@ NNLIB_ALWAYS_INLINE void depthwise_block(const Conv2d& conv, const Columns& colu
   store_block(line.out + pixel * line.out_pitch + columns.first, acc, line.out_pitch, lanes);
 }
 
-template <bool Part, size_t NV, size_t P = Part ? 1 : kBlockRows<NV>>
+template <bool Part, size_t NV, size_t P = Part || kSingly ? 1 : kBlockRows<NV>>
 void depthwise_line(const Conv2d& conv, const Columns& columns, const Line& line,
                     size_t pixel = 0) {
   for (; pixel + P <= line.count; pixel += P) {
@@ -87,19 +95,25 @@ inline void depthwise_line_3x3(const Conv2d& conv, size_t channel, const Line& l
   }
 }
 
+template <size_t NV = kChannelVectors>
+NNLIB_ALWAYS_INLINE void depthwise_vectors(const Conv2d& conv, const Columns& columns,
+                                           const Line& line) {
+  if (columns.vectors == NV) {
+    depthwise_line<false, NV>(conv, columns, line);
+  } else if constexpr (NV > 1) {
+    depthwise_vectors<NV / 2>(conv, columns, line);
+  }
+}
+
 inline void depthwise_channels(const Conv2d& conv, const Columns& columns, const Line& line) {
-  if (columns.lanes < kLanes) {
+  if (kLanes > 1 && columns.lanes < kLanes) {
     depthwise_line<true, 1>(conv, columns, line);
   } else if (line.rows.count == 3 && line.columns.count == 3) {
     for (size_t v = 0; v < columns.vectors; ++v) {
       depthwise_line_3x3(conv, columns.first + v * kLanes, line);
     }
-  } else if (columns.vectors == 4) {
-    depthwise_line<false, 4>(conv, columns, line);
-  } else if (columns.vectors == 2) {
-    depthwise_line<false, 2>(conv, columns, line);
   } else {
-    depthwise_line<false, 1>(conv, columns, line);
+    depthwise_vectors(conv, columns, line);
   }
 }
 
@@ -114,7 +128,7 @@ inline void depthwise_conv2d(const Conv2d& conv) {
       const bool complete = x >= inner.begin && x < inner.end;
       const Line line = line_along_x(conv, x, y, complete ? std::min(inner.end - x, pixels) : 1);
       for (size_t channel = 0; channel < conv.out_channels;) {
-        const Columns columns = columns_from(channel, conv.out_channels, 4);
+        const Columns columns = columns_from(channel, conv.out_channels, kChannelVectors);
         depthwise_channels(conv, columns, line);
         channel = columns.next;
       }

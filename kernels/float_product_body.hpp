@@ -38,7 +38,7 @@ void product_columns(const Product& p, const Columns& columns, Tile tile, size_t
 
 // Any number of rows, tile by tile of columns and depth.
 inline void product_tiles(const Product& p) {
-  alignas(64) TileBuffer buffer;
+  TileBuffer buffer;
   for (size_t column = 0; column < p.columns;) {
     const Columns columns = columns_from(column, p.columns);
     const bool in_place = !kPacks || (p.b.row_pitch == 1 && columns.lanes == kLanes);
@@ -48,8 +48,8 @@ inline void product_tiles(const Product& p) {
       const float* b = p.b.data + columns.first * p.b.row_pitch + first * p.b.k_pitch;
       Tile tile = {b, p.b.k_pitch, kLanes * p.b.row_pitch};
       if (!in_place) {
-        pack(buffer, b, p.b.row_pitch, p.b.k_pitch, columns, depth);
-        tile = {buffer, columns.vectors * kLanes, kLanes};
+        pack(buffer.data, b, p.b.row_pitch, p.b.k_pitch, columns, depth);
+        tile = {buffer.data, columns.vectors * kLanes, kLanes};
       }
       product_columns(p, columns, tile, first, depth);
       first += depth;

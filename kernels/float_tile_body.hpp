@@ -20,7 +20,9 @@ constexpr size_t kTileColumns = kTileVectors * kLanes;
 // in place.
 constexpr bool kPacks = kLanes > 1;
 constexpr size_t kTileDepth = kPacks ? 128 : SIZE_MAX;
-using TileBuffer = float[kPacks ? kTileColumns * 128 : 1];
+struct alignas(kPacks ? 64 : alignof(float)) TileBuffer {
+  float data[kPacks ? kTileColumns * 128 : 1];
+};
 
 // Column c of k is data[k * k_pitch + c / kLanes * vector_pitch + c % kLanes].
 struct Tile {

@@ -31,20 +31,13 @@ struct Filter {
   uint32_t outputs(uint32_t in, uint32_t pad_after) const {
     return window_positions(pad + in + pad_after, (taps - 1) * dilation + 1, stride);
   }
-};
-
-// A convolution layer, looked up.
-struct Convolution {
-  const float* in;
-  const float* weights;
-  const float* bias;  // or null
-  MapDims in_dims;
-  uint32_t out_channels;
-  uint32_t groups;
-  uint32_t tap_channels;  // weights of a tap side by side: C_in / groups, depthwise C
-  bool depthwise;
-  Filter x;
-  Filter y;
+  // The direction's first `out` outputs.
+  ConvAxis axis(uint32_t in, uint32_t out, size_t in_pitch, size_t out_pitch,
+                uint32_t tap_pitch) const {
+    return {in,       out,       -int64_t{pad},
+            stride,   taps,      dilation,
+            in_pitch, out_pitch, static_cast<ptrdiff_t>(tap_pitch)};
+  }
 };
 
 Filter filter_of(const ai_layer_conv2d& layer, uint32_t direction, uint32_t pad) {
@@ -73,120 +66,84 @@ const float* float_weights(const ai_layer& layer, uint32_t scratch_index) {
   return expanded;
 }
 
-Convolution convolution_of(const ai_layer_conv2d& layer, uint32_t scratch_index) {
-  const ai_tensor& in = layer_input(layer.base);
-  const ai_tensor& weights = layer_weights(layer.base);
-  const ai_tensor* bias = optional_tensor(layer.base, AI_CHAIN_WEIGHTS, 1);
-  const MapDims in_dims = map_dims(in);
-  const uint32_t tap_channels = weights.shape.data[0];
-  return {tensor_data<const float>(in),
-          float_weights(layer.base, scratch_index),
-          bias != nullptr ? tensor_data<const float>(*bias) : nullptr,
-          in_dims,
-          map_dims(layer_output(layer.base)).channels,
-          layer.groups,
-          tap_channels,
-          layer.groups > 1 && tap_channels == in_dims.channels && layer.groups == tap_channels,
-          filter_x(layer),
-          filter_y(layer)};
-}
-
-// The positions of one direction: what differs between a convolution and its transpose.
-struct Positions {
-  uint32_t out_first;
-  uint32_t out_step;
-  uint32_t out;
-  int64_t start;
-  uint32_t stride;
-  uint32_t taps;
-  uint32_t dilation;
-  uint32_t first_tap;  // of the kernel
-  int32_t tap_step;
+// A convolution layer, looked up. (Filled in place and passed by reference: stacks are small.)
+struct Convolution {
+  Conv2d conv;  // of the first group
+  uint32_t groups;
+  bool depthwise;
 };
 
-Positions forward_positions(const Filter& filter, uint32_t first, uint32_t count) {
-  return {0,
-          1,
-          count,
-          int64_t{first} * filter.stride - filter.pad,
-          filter.stride,
-          filter.taps,
-          filter.dilation,
-          0,
-          1};
+// Of all outputs of a dense map of out_width times out_height at out.
+Convolution convolution_of(const ai_layer_conv2d& layer, uint32_t scratch_index, float* out,
+                           uint32_t out_width, uint32_t out_height) {
+  const ai_tensor& input = layer_input(layer.base);
+  const ai_tensor* bias = optional_tensor(layer.base, AI_CHAIN_WEIGHTS, 1);
+  const MapDims in = map_dims(input);
+  const uint32_t out_channels = map_dims(layer_output(layer.base)).channels;
+  const uint32_t tap_channels = layer_weights(layer.base).shape.data[0];
+  const bool depthwise =
+      layer.groups > 1 && tap_channels == in.channels && layer.groups == tap_channels;
+  const uint32_t groups = depthwise ? 1 : layer.groups;
+  const Filter x = filter_x(layer), y = filter_y(layer);
+  const uint32_t tap_row = x.taps * tap_channels;
+  return {{tensor_data<const float>(input), float_weights(layer.base, scratch_index),
+           bias != nullptr ? tensor_data<const float>(*bias) : nullptr, out, tap_channels,
+           groups == 0 ? 0 : out_channels / groups, size_t{tap_row} * y.taps,
+           x.axis(in.width, out_width, in.channels, out_channels, tap_channels),
+           y.axis(in.height, out_height, size_t{in.width} * in.channels,
+                  size_t{out_width} * out_channels, tap_row)},
+          groups,
+          depthwise};
 }
 
-// The outputs phase, phase + stride, ... of a transposed convolution. Output o sees input i through
-// tap k where o + pad = i * stride + k * dilation: neighbouring outputs of a phase see neighbouring
-// inputs through the same taps, every (stride / gcd)th of them, later taps earlier inputs.
-Positions transposed_positions(const Filter& filter, uint32_t phase, uint32_t out) {
-  const uint32_t common = std::gcd(filter.stride, filter.dilation);
-  const uint32_t tap_step = filter.stride / common;
-  const int64_t reach = int64_t{phase} + filter.pad;
-  uint32_t tap = 0;  // the first of the phase, if it has any
-  while (tap < tap_step && (reach - int64_t{tap} * filter.dilation) % filter.stride != 0) {
-    ++tap;
-  }
-  const uint32_t outputs = (out - phase + filter.stride - 1) / filter.stride;
-  if (tap == tap_step || tap >= filter.taps) {
-    return {phase, filter.stride, outputs, 0, 1, 0, 1, 0, 0};
-  }
-  const uint32_t last = (filter.taps - 1 - tap) / tap_step;
-  const uint32_t dilation = filter.dilation / common;
-  const int64_t first_in = (reach - int64_t{tap} * filter.dilation) / filter.stride;
-  return {phase,
-          filter.stride,
-          outputs,
-          first_in - int64_t{last} * dilation,
-          1,
-          last + 1,
-          dilation,
-          tap + last * tap_step,
-          -static_cast<int32_t>(tap_step)};
+void to_next_group(Conv2d& conv, ptrdiff_t groups = 1) {
+  const auto outputs = groups * static_cast<ptrdiff_t>(conv.out_channels);
+  conv.in += groups * static_cast<ptrdiff_t>(conv.in_channels);
+  conv.weights += outputs * static_cast<ptrdiff_t>(conv.weights_pitch);
+  conv.bias += conv.bias != nullptr ? outputs : 0;
+  conv.out += outputs;
 }
 
-ConvAxis axis_of(const Positions& p, uint32_t in, size_t in_pitch, size_t out_pitch,
-                 size_t tap_pitch) {
-  return {in,
-          p.out,
-          p.start,
-          p.stride,
-          p.taps,
-          p.dilation,
-          in_pitch,
-          p.out_step * out_pitch,
-          p.tap_step * static_cast<ptrdiff_t>(tap_pitch)};
-}
-
-// Computes the given outputs of a dense map of width out_width at out.
-void convolve(const Convolution& c, const Positions& x, const Positions& y, uint32_t out_width,
-              float* out) {
-  const size_t in_row = size_t{c.in_dims.width} * c.in_dims.channels;
-  const size_t out_row = size_t{out_width} * c.out_channels;
-  const size_t tap_row = size_t{c.x.taps} * c.tap_channels;
-  const uint32_t groups = c.depthwise ? 1 : c.groups;
-  const uint32_t out_channels = c.out_channels / groups;
-  const size_t weights_pitch = c.depthwise ? 1 : tap_row * c.y.taps;
-  Conv2d conv = {c.in,
-                 c.weights + y.first_tap * tap_row + size_t{x.first_tap} * c.tap_channels,
-                 c.bias,
-                 out + y.out_first * out_row + size_t{x.out_first} * c.out_channels,
-                 c.tap_channels,
-                 out_channels,
-                 weights_pitch,
-                 axis_of(x, c.in_dims.width, c.in_dims.channels, c.out_channels, c.tap_channels),
-                 axis_of(y, c.in_dims.height, in_row, out_row, tap_row)};
+void convolve(Convolution& c) {
   if (c.depthwise) {
-    depthwise_conv2d_f32(conv);
+    depthwise_conv2d_f32(c.conv);
     return;
   }
-  for (uint32_t group = 0; group < groups; ++group) {
-    conv2d_f32(conv);
-    conv.in += conv.in_channels;
-    conv.weights += out_channels * weights_pitch;
-    conv.bias += conv.bias != nullptr ? out_channels : 0;
-    conv.out += out_channels;
+  join_rows(c.conv);
+  for (uint32_t group = 0; group < c.groups; ++group) {
+    conv2d_f32(c.conv);
+    to_next_group(c.conv);
   }
+  to_next_group(c.conv, -static_cast<ptrdiff_t>(c.groups));
+}
+
+// Turns one direction of a convolution into the outputs phase, phase + stride, ... of its
+// transpose. Output o sees input i through tap k where o + pad = i * stride + k * dilation:
+// neighbouring outputs of a phase see neighbouring inputs through the same taps, every
+// (stride / gcd)th of them, later taps earlier inputs.
+void take_phase(Conv2d& conv, ConvAxis& axis, uint32_t phase) {
+  const uint32_t stride = axis.stride, dilation = axis.dilation;
+  const uint32_t common = std::gcd(stride, dilation);
+  const uint32_t tap_step = stride / common;
+  const int64_t reach = phase - axis.start;
+  uint32_t tap = 0;  // the first of the phase, if it has any
+  while (tap < tap_step && (reach - int64_t{tap} * dilation) % stride != 0) {
+    ++tap;
+  }
+  conv.out += phase * axis.out_pitch;
+  axis.out = (axis.out - phase + stride - 1) / stride;
+  axis.out_pitch *= stride;
+  axis.stride = 1;
+  if (tap == tap_step || tap >= axis.taps) {
+    axis.taps = 0;
+    return;
+  }
+  const uint32_t last = (axis.taps - 1 - tap) / tap_step;
+  axis.dilation = dilation / common;
+  axis.start = (reach - int64_t{tap} * dilation) / stride - int64_t{last} * axis.dilation;
+  axis.taps = last + 1;
+  conv.weights += static_cast<ptrdiff_t>(tap + last * tap_step) * axis.tap_pitch;
+  axis.tap_pitch *= -static_cast<ptrdiff_t>(tap_step);
 }
 
 // The nonlinearity of a convolution layer and its parameters.
@@ -255,20 +212,24 @@ PoolGeometry pooling_of(const ai_layer_conv2d_nl_pool& layer, uint32_t in_width,
 
 void convolve_and_pool(const ai_layer_conv2d_nl_pool& layer, ai_array& scratch, ai_array& output,
                        uint32_t width) {
-  const Convolution c = convolution_of(layer.base, 1);
+  Convolution c = convolution_of(layer.base, 1, nullptr, width, 1);
   const Nonlinearity nonlinearity(layer.base);
-  const uint32_t height = c.y.outputs(c.in_dims.height, layer.base.filter_pad.data[kPadBottom]);
+  const uint32_t channels = map_dims(layer_output(layer.base.base)).channels;
+  const uint32_t height =
+      filter_y(layer.base).outputs(c.conv.y.in, layer.base.filter_pad.data[kPadBottom]);
+  const int64_t first = c.conv.y.start;
   const PoolGeometry g = pooling_of(layer, width, height);
-  const uint32_t row_length = width * c.out_channels;
+  const uint32_t row_length = width * channels;
   const RowWindow window = {static_cast<uint8_t*>(scratch.data), row_length * sizeof(float),
                             row_length == 0 ? 0 : scratch.size / row_length};
   float* out = static_cast<float*>(output.data);
   pool_row_by_row(
       g, window,
       [&](uint8_t* data, uint32_t y) {
-        float* row = reinterpret_cast<float*>(data);
-        convolve(c, forward_positions(c.x, 0, width), forward_positions(c.y, y, 1), width, row);
-        nonlinearity.apply(scratch, row, width, c.out_channels);
+        c.conv.out = reinterpret_cast<float*>(data);
+        c.conv.y.start = first + int64_t{y} * c.conv.y.stride;
+        convolve(c);
+        nonlinearity.apply(scratch, c.conv.out, width, channels);
       },
       [&](uint8_t* rows, uint32_t count, uint32_t /*above*/, uint32_t y) {
         const uint32_t above = g.pad_y - std::min(g.pad_y, y * g.stride_y);
@@ -288,10 +249,9 @@ void forward_conv2d(ai_layer* layer) {
   const ai_layer_conv2d& record = layer_record<ai_layer_conv2d>(layer);
   const ai_tensor& output = layer_output(*layer);
   const MapDims out = map_dims(output);
-  const Convolution convolution = convolution_of(record, 0);
   float* to = tensor_data<float>(output);
-  convolve(convolution, forward_positions(convolution.x, 0, out.width),
-           forward_positions(convolution.y, 0, out.height), out.width, to);
+  Convolution convolution = convolution_of(record, 0, to, out.width, out.height);
+  convolve(convolution);
   apply_to_rows(record, to);
 }
 
@@ -300,15 +260,17 @@ void forward_conv2d_transpose(ai_layer* layer) {
   const ai_layer_conv2d& record = layer_record<ai_layer_conv2d>(layer);
   const ai_tensor& output = layer_output(*layer);
   const MapDims out = map_dims(output);
-  Convolution convolution = convolution_of(record, 0);
-  for (Filter* filter : {&convolution.x, &convolution.y}) {
-    filter->stride = std::max(filter->stride, uint32_t{1});  // 0 serves a single input position
-  }
   float* to = tensor_data<float>(output);
-  for (uint32_t y = 0; y < std::min(convolution.y.stride, out.height); ++y) {
-    for (uint32_t x = 0; x < std::min(convolution.x.stride, out.width); ++x) {
-      convolve(convolution, transposed_positions(convolution.x, x, out.width),
-               transposed_positions(convolution.y, y, out.height), out.width, to);
+  Convolution whole = convolution_of(record, 0, to, out.width, out.height);
+  for (ConvAxis* axis : {&whole.conv.x, &whole.conv.y}) {
+    axis->stride = std::max(axis->stride, uint32_t{1});  // 0 serves a single input position
+  }
+  for (uint32_t y = 0; y < std::min(whole.conv.y.stride, out.height); ++y) {
+    for (uint32_t x = 0; x < std::min(whole.conv.x.stride, out.width); ++x) {
+      Convolution phase = whole;
+      take_phase(phase.conv, phase.conv.x, x);
+      take_phase(phase.conv, phase.conv.y, y);
+      convolve(phase);
     }
   }
   apply_to_rows(record, to);
