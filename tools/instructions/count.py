@@ -22,6 +22,7 @@ MACHINES = {name: ("qemu-system-%s -M %s" % machine).split() for name, machine i
     "m7f": ("arm", "mps2-an500"), "m33": ("arm", "mps2-an505"), "m55": ("arm", "mps3-an547"),
     "rv32": ("riscv32", "virt -bios none")}.items()}
 CHECKED = ["m4f", "m55"]
+FUSING = ["m4f", "m7f", "m33", "m55"]
 LEVELS = ["O2", "Os"]
 
 
@@ -51,10 +52,27 @@ def count(target, directory, program="count_layers"):
             in zip(rows, log.read_text().split())}
 
 
+def build(target, level, fused):
+    directory = ROOT / "build" / ("count-%s-%s%s" % (target, level, "-fused" if fused else ""))
+    run("cmake", "--preset", target, "-B", directory, "-DCMAKE_CXX_FLAGS_RELEASE=-" + level,
+        "-DNNLIB_FUSED_MULTIPLY_ADD=" + ("ON" if fused else "OFF"))
+    return directory
+
+
 def measure(target, level):
-    directory = ROOT / "build" / ("count-%s-%s" % (target, level))
-    run("cmake", "--preset", target, "-B", directory, "-DCMAKE_CXX_FLAGS_RELEASE=-" + level)
+    directory = build(target, level, False)
     return {**count(target, directory), **count(target, directory, "count_element_wise")}
+
+
+def with_fused(measured, target, level):
+    """The same with a row behind each float layer, of the build that rounds product and sum once."""
+    fused = count(target, build(target, level, True)) if target in FUSING else {}
+    rows = {}
+    for (layer, kind), figure in measured.items():
+        rows[layer, kind] = figure
+        if kind == "float":
+            rows[layer, "float, fused"] = fused.get((layer, kind))
+    return rows
 
 
 def read_page():
@@ -72,7 +90,8 @@ def write_page(measured):
     lines = [["layer", "of"] + columns, ["---", "---"] + ["---:"] * len(columns)]
     for key in list(measured.values())[-1]:
         figures = {**rows.get(key, {}),
-                   **{column: "%.2f" % of[key] for column, of in measured.items()}}
+                   **{column: "%.2f" % of[key] if of[key] is not None else ""
+                      for column, of in measured.items()}}
         lines.append([*key] + [figures.get(column, "") for column in columns])
     table = "".join("| %s |\n" % " | ".join(line) for line in lines)
     PAGE.write_text(MARK.join([before, table, after]))
@@ -95,7 +114,8 @@ def main():
         sys.exit("\n".join(found) if found else 0)
     for target in sys.argv[1:] or MACHINES:
         for level in LEVELS:
-            write_page({"%s %s" % (target, level): measure(target, level)})
+            rows = with_fused(measure(target, level), target, level)
+            write_page({"%s %s" % (target, level): rows})
 
 
 if __name__ == "__main__":
