@@ -137,10 +137,18 @@ bool has_index_weights(const LayerCheck& check) {
   return weights != nullptr && ai_fmt_get_type_id(weights->data->format) != AI_FORMAT_TYPE_FLOAT;
 }
 
-// Scratch that receives weights given as indices.
-void check_expanded_weights(LayerCheck& check, uint32_t scratch) {
-  if (has_index_weights(check)) {
-    check_scratch(check, scratch, product(elements_of(*check.sound(AI_CHAIN_WEIGHTS)), 4), 4);
+// Scratch that receives weights given as indices, of which as many are read as it has elements.
+void check_expanded_weights(LayerCheck& check, uint32_t index) {
+  if (!has_index_weights(check)) {
+    return;
+  }
+  const uint64_t elements = elements_of(*check.sound(AI_CHAIN_WEIGHTS));
+  check_scratch(check, index, product(elements, 4), 4);
+  const ai_tensor* scratch = check.sound(AI_CHAIN_SCRATCH, index);
+  if (scratch != nullptr && scratch->data->size > elements) {
+    Finding(check.report()) << TensorName{AI_CHAIN_SCRATCH, index} << " has an array of "
+                            << uint32_t{scratch->data->size}
+                            << " elements, as many indices are read; weights 0 has " << elements;
   }
 }
 

@@ -171,8 +171,9 @@ void LayerCheck::check_list(uint32_t list, const char* rules) {
 
 const char* LayerCheck::weights_rules() const {
   const uint32_t groups = sizes['G'];
-  const bool depthwise = rule_->depthwise != nullptr && groups > 1 && groups == sizes['C'] &&
-                         (size(AI_CHAIN_WEIGHTS, 0) == groups || rule_->inputs[0] != 'f');
+  const bool depthwise =
+      rule_->depthwise != nullptr && groups > 1 && groups == sizes['C'] &&
+      (rule_->inputs[0] != 'f' || (size(AI_CHAIN_WEIGHTS, 0) == groups && sizes['D'] == groups));
   return depthwise ? rule_->depthwise : rule_->weights;
 }
 

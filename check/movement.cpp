@@ -195,11 +195,13 @@ void check_concat(LayerCheck& check) {
     needed.sizes[axis] += alike.sizes[axis];
   }
   check_dims(check, {AI_CHAIN_OUTPUT, 0}, needed);
-  if (tensors.out->data->size != elements_of(*tensors.out)) {
-    Finding(check.report())
-        << "output 0 has an array of " << uint32_t{tensors.out->data->size}
-        << " elements, up to whose end the function writes; its dimensions have "
-        << elements_of(*tensors.out);
+  const ai_array& array = *tensors.out->data;
+  const uint64_t bytes = run_bytes(array.format, elements_of(*tensors.out));
+  if (ai_array_get_byte_size(array.format, array.size) != bytes) {  // tables count in it
+    Finding(check.report()) << "output 0 has an array of "
+                            << ai_array_get_byte_size(array.format, array.size)
+                            << " bytes, up to whose end the function writes; its dimensions take "
+                            << bytes;
   }
 }
 

@@ -11,6 +11,24 @@
 namespace nnlib {
 namespace {
 
+// A run copies batches of as many bytes as the strides say, or points the array at the caller's.
+void check_batch_bytes(const Scope& scope, TensorName name, const ai_tensor& tensor,
+                       Report& report) {
+  const ai_stride& stride = tensor.stride;
+  if (stride.data == nullptr || ai_dims_count(stride.type_size) != AI_SHAPE_DIMS) {
+    Finding(report) << name << " has no " << AI_SHAPE_DIMS << " strides";
+    return;
+  }
+  const uint64_t batch = product(stride.data[AI_SHAPE_H], tensor.shape.data[AI_SHAPE_H]);
+  const uint64_t held = run_bytes(tensor.data->format, tensor.data->size);
+  const bool bound = scope.binds(*tensor.data);
+  if (held < batch || (bound && held > batch)) {
+    Finding(report) << name << " has an array of " << held << " bytes, its dimensions "
+                    << dims_of(tensor) << " and strides take " << batch
+                    << (bound ? ": the caller's memory, at which a run points it" : "");
+  }
+}
+
 // A tensor that crosses the platform API.
 void check_io_tensor(const Scope& scope, TensorName name, Report& report) {
   const ai_tensor* tensor = ai_tensor_chain_get(&scope.network.io, name.list, name.index);
@@ -29,6 +47,7 @@ void check_io_tensor(const Scope& scope, TensorName name, Report& report) {
       break;
     }
   }
+  check_batch_bytes(scope, name, *tensor, report);
 }
 
 // An array that a run points at the caller's memory can be of one input or output only.

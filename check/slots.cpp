@@ -81,6 +81,21 @@ void check_family(LayerCheck& check, const char* slot, const Known<Function>& fu
   }
 }
 
+// A convolution of floats steps through its parameter tensor with the pixels of a row, by stride[2]
+// bytes, until the array ends.
+void check_parameter_steps(LayerCheck& check, const ai_tensor& params, uint32_t needed) {
+  const uint64_t bytes = uint64_t{params.data->size} * sizeof(float);
+  const uint64_t step = params.stride.data[AI_SHAPE_W];
+  const uint64_t pixels = check.sizes[check.sizes.known('v') ? 'v' : 'w'];
+  const uint64_t places = step == 0 ? 1 : (bytes + step - 1) / step;
+  const uint64_t last = (pixels < places ? pixels : places) - 1;
+  if (pixels != 0 && places != 0 && last * step + needed * sizeof(float) > bytes) {
+    Finding(check.report()) << "the parameters of pixel " << last << " in weights 2 begin at byte "
+                            << last * step << " of " << bytes << ", " << needed * sizeof(float)
+                            << " bytes are needed";
+  }
+}
+
 }  // namespace
 
 void check_parameters(LayerCheck& check, const ai_array* params, uint32_t needed,
@@ -120,6 +135,10 @@ void check_nl_function(LayerCheck& check, ai_nl_func function, const ai_array* n
   const ai_tensor* tensor = check.tensor(AI_CHAIN_WEIGHTS, 2);
   const ai_array* params = tensor != nullptr ? ai_tensor_array(tensor) : nl_params;
   check_parameters(check, params, needed, tensor != nullptr ? "weights 2" : "nl_params");
+  const bool steps = is_sound(tensor) && tensor->stride.data != nullptr && known->kind == 'f';
+  if (steps && tensor->data->size >= needed) {
+    check_parameter_steps(check, *tensor, needed);
+  }
 }
 
 void check_pool_function(LayerCheck& check, ai_pool_func function) {

@@ -23,7 +23,9 @@ uint8_t* pixel_at(const ai_tensor& map, uint32_t y, uint32_t x) {
 }
 
 uint32_t nearest(uint32_t position, float scale, uint32_t extent) {
-  return std::min(static_cast<uint32_t>(static_cast<float>(position) / scale), extent - 1);
+  const float last = static_cast<float>(extent - 1);
+  return std::min(static_cast<uint32_t>(std::min(static_cast<float>(position) / scale, last)),
+                  extent - 1);
 }
 
 void upsample_nearest(const ai_tensor& input, const ai_tensor& output, Scales scales) {

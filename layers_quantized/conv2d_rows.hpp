@@ -76,8 +76,10 @@ void pool_convolved_rows(const ai_layer_conv2d_nl_pool& layer, const ConvGeometr
       layer.pool_size[1],   pad[kPadLeft], pad[kPadTop],   layer.pool_stride[0],
       layer.pool_stride[1], out.width,     out.height};
   const uint32_t row_elements = std::max(g.out_width * g.out_channels, uint32_t{1});
-  const RowWindow rows = {tensor_data<uint8_t>(window), row_elements * element_bytes,
-                          ai_tensor_size(&window) / row_elements};
+  const size_t row_bytes = row_elements * element_bytes;
+  const size_t window_bytes = ai_array_get_data_byte_size(window.data->format, window.data->size);
+  const RowWindow rows = {tensor_data<uint8_t>(window), row_bytes,
+                          static_cast<uint32_t>(window_bytes / row_bytes)};
   ai_array convolved = *output.data;
   ai_array pooled = *output.data;
   const auto u16 = [](uint32_t size) { return static_cast<uint16_t>(size); };

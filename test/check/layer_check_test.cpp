@@ -88,7 +88,7 @@ TEST(LayerCheck, PadTileAndUpsample) {
 
 TEST(LayerCheck, ConcatTransposeSliceAndTopK) {
   nnlib::tensor a({1, 2, 3, 2}, numbers), b({1, 4, 3, 2}, numbers + 64);
-  nnlib::tensor joined({1, 6, 3, 2}, numbers + 128);
+  nnlib::tensor joined({1, 6, 3, 2}, numbers + 128, nnlib::copied);
   OneLayer<ai_layer_concat, 2, 1> concat(AI_LAYER_TYPE_CONCAT, forward_concat, nnlib::list(a, b),
                                          nnlib::list(joined));
   concat.record.axis = AI_SHAPE_C;
@@ -101,8 +101,13 @@ TEST(LayerCheck, ConcatTransposeSliceAndTopK) {
                          "2, 3, 4) are needed"}});
   joined.array.size = 40;
   EXPECT_EQ(findings(concat.network),
-            "layer 0, forward_concat: output 0 has an array of 40 elements, up to whose end the "
-            "function writes; its dimensions have 36");
+            "layer 0, forward_concat: output 0 has an array of 160 bytes, up to whose end the "
+            "function writes; its dimensions take 144");
+  nnlib::tensor codes(AI_ARRAY_FORMAT_LUT8_Q15, {1, 6, 3, 2}, numbers);
+  nnlib::tensor all(AI_ARRAY_FORMAT_LUT8_Q15, {1, 6, 3, 2}, numbers + 64);
+  OneLayer<ai_layer_concat, 1, 1> tables(AI_LAYER_TYPE_CONCAT, forward_concat, nnlib::list(codes),
+                                         nnlib::list(all));
+  EXPECT_NE(findings(tables.network).find("has an array of 548 bytes"), std::string::npos);
 
   nnlib::tensor turned({2, 3, 1, 2}, numbers + 128);
   OneLayer<ai_layer_transpose, 1, 1> transpose(AI_LAYER_TYPE_TRANSPOSE, forward_transpose,
@@ -197,6 +202,39 @@ TEST(LayerCheck, Sequences) {
                    "layer 0, forward_lstm: output 0 has 4 steps, 1 or input 0's 5 are possible");
   replace(lstm.base(), AI_CHAIN_WEIGHTS, 3, nullptr);
   EXPECT_EQ(findings(lstm.network), "layer 0, forward_lstm: weights 3 is missing");
+}
+
+// The network_check_test has the rest of convolutions.
+TEST(LayerCheck, ConvolutionWeights) {
+  static const uint8_t codes[18] = {};
+  static uint32_t pads[4] = {};
+  nnlib::tensor in({1, 2, 4, 5}, numbers), out({1, 2, 2, 3}, numbers + 64);
+  nnlib::tensor indices(AI_ARRAY_FORMAT_LUT8_FLOAT, {2, 3, 3, 1}, codes, numbers, nullptr);
+  nnlib::tensor expanded({1, 18, 1, 1}, numbers + 128);
+  OneLayer<ai_layer_conv2d, 1, 1, 1, 1> conv(AI_LAYER_TYPE_CONV2D, forward_conv2d, nnlib::list(in),
+                                             nnlib::list(out), nnlib::list(indices),
+                                             nnlib::list(expanded));
+  conv.record = {conv.record.base, 2, nullptr, nullptr, {1, 1}, {1, 1}, pads_of(pads)};
+  EXPECT_EQ(findings(conv.network), "");
+  expect_dims_text(
+      conv, expanded, {1, 19, 1, 1},
+      "layer 0, forward_conv2d: scratch 0 has an array of 19 elements, as many indices "
+      "are read; weights 0 has 18");
+  // with more outputs than inputs each output has a filter of its own
+  expect_dims_text(conv, out, {1, 4, 2, 3},
+                   "layer 0, forward_conv2d: weights 0 has the dimensions (2, 3, 3, 1), (1, 3, 3, "
+                   "4) are needed");
+
+  // a slope for each channel of each column, as far as there are columns
+  nnlib::tensor bias({1, 2, 1, 1}, numbers), slopes({1, 2, 2, 1}, numbers);
+  nnlib::layer_chain<1, 1, 3, 1> chain(nnlib::list(in), nnlib::list(out),
+                                       nnlib::list(indices, bias, slopes), nnlib::list(expanded));
+  conv.record.base.tensor_chain = &chain;
+  conv.record.nl_func = nl_func_prelu_array_f32;
+  EXPECT_EQ(findings(conv.network), "");
+  expect_dims_text(conv, slopes, {1, 1, 2, 1},
+                   "layer 0, forward_conv2d: the parameters of pixel 1 in weights 2 begin at byte "
+                   "4 of 8, 8 bytes are needed");
 }
 
 TEST(LayerCheck, ProductsAndBroadcasting) {

@@ -178,8 +178,13 @@ TEST(NetworkCheck, BetweenLayers) {
          n.x.array.format = AI_ARRAY_FORMAT_FLOAT;
          n.y.data = &n.x.array;
        },
+       "network: output 0 has an array of 360 bytes, its dimensions (1, 3, 1, 1) and strides take "
+       "12: the caller's memory, at which a run points it\n"
        "network: input 0 and output 0 have one array, which a run can point at 1 of the caller's 2 "
        "buffers: give it AI_FORMAT_FLAG_COPY"},
+      {[](N& n) { n.x.stride.data = nullptr; },
+       "network: input 0 has no 4 strides\n"
+       "layer 0, forward_conv2d: input 0 has 0 strides, 4 are needed"},
       {[](N& n) { replace(n.softmax, AI_CHAIN_OUTPUT, 0, &n.sums); },
        "layer 4, forward_sm: none of its 1 outputs is read by a later layer or is an output of the "
        "network\n"

@@ -207,16 +207,17 @@ struct FixedNetwork {
 
 // --- one layer, whose tensors are the network's -------------------------------------------------
 
-template <class Record, size_t Inputs, size_t Outputs, size_t Weights = 0>
+template <class Record, size_t Inputs, size_t Outputs, size_t Weights = 0, size_t Scratch = 0>
 struct OneLayer {
   OneLayer(uint16_t type, ai_layer_forward forward, nnlib::tensor_list<Inputs> inputs,
-           nnlib::tensor_list<Outputs> outputs, nnlib::tensor_list<Weights> weights = {})
-      : chain(inputs, outputs, weights), network(inputs, outputs, base()) {
+           nnlib::tensor_list<Outputs> outputs, nnlib::tensor_list<Weights> weights = {},
+           nnlib::tensor_list<Scratch> scratch = {})
+      : chain(inputs, outputs, weights, scratch), network(inputs, outputs, base()) {
     base() = nnlib::layer(type, forward, chain);
   }
   ai_layer& base() { return reinterpret_cast<ai_layer&>(record); }
 
-  nnlib::layer_chain<Inputs, Outputs, Weights> chain;
+  nnlib::layer_chain<Inputs, Outputs, Weights, Scratch> chain;
   Record record = {};
   nnlib::network<Inputs, Outputs> network;
 };

@@ -372,7 +372,10 @@ void check_fused(const Convolution<T>& c, int out_bits, Pooling p, ai_nl_func nl
   nnlib::tensor bias(q(6), {1, g.out_channels, 1, 1}, c.bias.data());
   nnlib::tensor middle(q(out_bits), whole, map.data());
   nnlib::tensor out(q(out_bits), pooled, result.data());
-  nnlib::tensor window(q(out_bits), {1, g.out_channels, g.out_width, p.size[1]}, rows.data());
+  // of bytes, whatever the elements
+  nnlib::tensor window(AI_ARRAY_FORMAT_S8,
+                       {1, g.out_channels, g.out_width, uint32_t{sizeof(T)} * p.size[1]},
+                       rows.data());
   nnlib::tensor columns(AI_ARRAY_FORMAT_S16, {1, 1, 1, 1}, nullptr);
   const bool from_weights = g.in_channels % 2 == 0;
   const T limits[] = {20, 9};
