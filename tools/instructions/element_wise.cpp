@@ -4,17 +4,7 @@
 #include <cstdio>
 
 #include "nnlib.h"
-
-extern "C" {
-void region_begin();
-void region_end();
-__attribute__((noinline)) void region_begin() {
-  __asm__ volatile("" ::: "memory");
-}
-__attribute__((noinline)) void region_end() {
-  __asm__ volatile("" ::: "memory");
-}
-}
+#include "tools/instructions/region.hpp"
 
 namespace {
 
