@@ -60,7 +60,7 @@ void add_scaled(float* y, const float* c, size_t c_pitch, const float* sums, siz
 // Element after element: c may lie in y. Its stack is kept off the other way.
 [[gnu::noinline]] void add_product(const Matrix& y, const Matrix& a, const Matrix& b,
                                    const Matrix& c, Factors factors) {
-  constexpr size_t kPiece = 64;
+  constexpr size_t kPiece = 16;  // stacks are small
   float sums[kPiece];
   for (size_t i = 0; i < y.rows; ++i) {
     for (size_t j = 0; j < y.columns; j += kPiece) {
