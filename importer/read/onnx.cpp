@@ -273,10 +273,30 @@ Value value_of(const OnnxTensor& tensor) {
   return value;
 }
 
+namespace {
+
+// Exporters name all outputs that an operator can have; those that nothing reads count as absent.
+void drop_unread_outputs(OnnxModel& model) {
+  std::set<std::string> read;
+  for (const OnnxPort& output : model.outputs) {
+    read.insert(output.name);
+  }
+  for (const OnnxNode& node : model.nodes) {
+    read.insert(node.inputs.begin(), node.inputs.end());
+  }
+  for (OnnxNode& node : model.nodes) {
+    for (std::string& output : node.outputs) {
+      output = read.contains(output) ? output : "";
+    }
+  }
+}
+
+}  // namespace
+
 Graph read_onnx(std::span<const uint8_t> file, const ReadOptions& options) {
   try {
-    const OnnxModel model =
-        parse_onnx_model({reinterpret_cast<const char*>(file.data()), file.size()});
+    OnnxModel model = parse_onnx_model({reinterpret_cast<const char*>(file.data()), file.size()});
+    drop_unread_outputs(model);
     return Reader(model, options).read();
   } catch (const Refused&) {
     throw;
