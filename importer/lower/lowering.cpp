@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "importer/lower/quantized.hpp"
+
 namespace nnlib::importer {
 
 std::vector<Lowering> lowerings() {
@@ -23,6 +25,23 @@ const Lowering* lowering_of(Op op) {
   return found == all.end() ? nullptr : &*found;
 }
 
+namespace {
+
+// Layers read memory as the type that they are for.
+void check_types(const Graph& graph, const Node& node, const Lowering& row) {
+  for (const auto* ids : {&node.inputs, &node.outputs}) {
+    for (const ValueId id : *ids) {
+      const Value* v = graph.find(id);
+      require(v == nullptr || !is_fixed(*v) || (row.types & kFixed) != 0,
+              "fixed point is not available here");
+      require(v == nullptr || !is_quantized(*v) || (row.types & kInteger) != 0,
+              "integers are not available here");
+    }
+  }
+}
+
+}  // namespace
+
 std::unique_ptr<Network> lower(const Graph& graph) {
   Refusals refusals;
   NetworkBuilder builder(graph);
@@ -33,6 +52,7 @@ std::unique_ptr<Network> lower(const Graph& graph) {
         throw Unsupported(node.text("reason", "this operator is not available"),
                           node.text("way_out"));
       }
+      check_types(graph, node, *row);
       builder.begin(node);
       row->lower(builder, node);
     } catch (const Unsupported& no) {

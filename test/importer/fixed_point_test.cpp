@@ -239,8 +239,16 @@ TEST(FixedPoint, RefusesWhatNoKernelDoes) {
                     "y: s16[1,2,3,1] fix(4) = conv2d(x, w) {strides=[1,1]}\nout y\n")
                 .find("as much height as width"),
             std::string::npos);
-  EXPECT_NE(refusal("in x: s8[2] fix(4)\ny: s8[2] fix(4) = neg(x)\nout y\n")
-                .find("not available in fixed point"),
+  const auto function = [&](const std::string& node) {
+    return refusal("in x: s8[2] fix(4)\ny: s8[2] fix(4) = " + node + "\nout y\n");
+  };
+  EXPECT_NE(function("neg(x)").find("fixed point is not available here"), std::string::npos);
+  EXPECT_NE(function("clip(x) {min=-1.0, max=1.0}").find("clip from 0"), std::string::npos);
+  // Layers of floats do not see other memory.
+  EXPECT_NE(refusal("in x: s8[1,2] q(0.5,1)\nconst w: f32[8,2] = 1 2 3 4 5 6 7 8 9 10 11 12 13 14 "
+                    "15 16\nconst r: f32[8,2] = 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16\n"
+                    "a: f32[1,2] = dequantize(x)\ny: s16[1,2] fix(4) = lstm(a, w, r)\nout y\n")
+                .find("fixed point is not available here"),
             std::string::npos);
 }
 
