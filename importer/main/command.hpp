@@ -43,6 +43,7 @@ void add_check(CLI::App& app);
 void add_report(CLI::App& app);
 void add_run(CLI::App& app);
 void add_print(CLI::App& app);
+void add_quantize(CLI::App& app);
 
 }  // namespace nnlib::importer
 

@@ -58,12 +58,15 @@ Graph simplify(Graph graph, const ImportOptions& options) {
   return refusing([&] { return run_passes(std::move(graph), options); });
 }
 
-Graph prepare(Graph graph, const ImportOptions& options) {
+Graph finish(Graph simple) {
   return refusing([&] {
-    Graph prepared = run_passes(std::move(graph), options);
-    complete(prepared);
-    return prepared;
+    complete(simple);
+    return std::move(simple);
   });
+}
+
+Graph prepare(Graph graph, const ImportOptions& options) {
+  return finish(simplify(std::move(graph), options));
 }
 
 Imported build(const Graph& prepared, const ImportOptions& options) {

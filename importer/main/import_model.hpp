@@ -29,7 +29,8 @@ struct Imported {
 Graph read_model(std::span<const uint8_t> file, const ImportOptions& options);
 // The same network of fewer operators, values and nodes still those of the model.
 Graph simplify(Graph graph, const ImportOptions& options);
-// The graph as it is lowered.
+// The graph as it is lowered, from the simplified one and from the file's.
+Graph finish(Graph simple);
 Graph prepare(Graph graph, const ImportOptions& options);
 Imported build(const Graph& prepared, const ImportOptions& options);
 

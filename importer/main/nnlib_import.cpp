@@ -10,7 +10,8 @@ using namespace nnlib::importer;
 
 namespace {
 
-constexpr void (*kCommands[])(CLI::App&) = {add_convert, add_report, add_check, add_run, add_print};
+constexpr void (*kCommands[])(CLI::App&) = {add_convert, add_quantize, add_report,
+                                            add_check,   add_run,      add_print};
 
 bool is_command(const CLI::App& app, const std::string& word) {
   const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
