@@ -308,6 +308,10 @@ TEST(IntegerLayersDeathTest, HangOnWhatTheyDoNotKnowAndFaultOnBadScratch) {
   EXPECT_EXIT((run_soon_killed<int8_t, int8_t>(2, 0)), testing::KilledBySignal(SIGVTALRM), "");
   EXPECT_EXIT((run_soon_killed<int8_t, uint8_t>(1, 0)), testing::KilledBySignal(SIGVTALRM), "");
   EXPECT_DEATH((run_soon_killed<int8_t, int8_t>(1, 2)), "");  // not aligned
+  ConvLayer<int8_t, int8_t> unknown({3, 3, 4, 4, 1, 1, 0, 0, 1, 1, 3, 3}, 2, false, false);
+  unknown.run([](ai_layer* layer) {
+    EXPECT_EQ(ai_conv2d_integer_scratch_size(reinterpret_cast<ai_layer_conv2d*>(layer)), 0u);
+  });
 }
 
 // The signal of a fault, which a wild read does not give.
