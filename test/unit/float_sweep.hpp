@@ -50,6 +50,7 @@ template <class Check>
 void with_each_instance(Check check) {
   for (const bool wide : {true, false}) {
     nnlib::vector_allow_wide(wide);
+    EXPECT_TRUE(wide || !nnlib::vector_wide());
     SCOPED_TRACE(wide ? "wide" : "narrow");
     check();
   }
