@@ -42,9 +42,14 @@ std::string quanta(const Error& error, const Value& value) {
   return is_quantized_value(value) ? number(error.largest / quantum_of(value)) : "-";
 }
 
-// A tensor's name in the model, without what passes have added.
-std::string model_name(const std::string& name) {
-  return name.substr(0, name.rfind('#'));
+// A tensor's name in the model, without the numbers that passes have added.
+std::string model_name(std::string name) {
+  for (size_t at = name.rfind('#'); at != std::string::npos && at + 1 < name.size() &&
+                                    name.find_first_not_of("0123456789", at + 1) == name.npos;
+       at = name.rfind('#')) {
+    name.resize(at);
+  }
+  return name;
 }
 
 // The same with nothing that a file's name may not have.
@@ -172,13 +177,13 @@ std::string reference_table(const Graph& graph, std::vector<Reference> reference
   std::stable_sort(references.begin(), references.end(), [](const auto& x, const auto& y) {
     return x.error.decibels() < y.error.decibels();
   });
-  Table table{{{"operator", false},
-               {"tensor", false},
-               {"type", false},
-               {"signal/noise dB", true},
-               {"largest error", true},
-               {"quanta", true},
-               {"ULP", true}},
+  Table table{{{"operator", Table::text},
+               {"tensor", Table::name},
+               {"type", Table::text},
+               {"signal/noise dB", Table::number},
+               {"largest error", Table::number},
+               {"quanta", Table::number},
+               {"ULP", Table::number}},
               {}};
   for (const Reference& r : references) {
     const Value& v = graph.value(r.value);
@@ -195,15 +200,20 @@ std::string loss_table(const Graph& graph, std::vector<Loss> losses) {
   std::stable_sort(losses.begin(), losses.end(), [](const Loss& x, const Loss& y) {
     return x.own.decibels() < y.own.decibels();
   });
-  Table table{{{"operator", false},
-               {"tensor", false},
-               {"own dB", true},
-               {"quanta", true},
-               {"clipped", true},
-               {"up to here dB", true},
-               {"quanta", true}},
+  Table table{{{"operator", Table::text},
+               {"tensor", Table::name},
+               {"own dB", Table::number},
+               {"quanta", Table::number},
+               {"clipped", Table::number},
+               {"up to here dB", Table::number},
+               {"quanta", Table::number}},
               {}};
+  size_t exact = 0;
   for (const Loss& loss : losses) {
+    if (loss.own.noise == 0) {
+      ++exact;
+      continue;
+    }
     const Value& v = graph.value(loss.value);
     const double clipped = loss.elements == 0 ? 0
                                               : 100 * static_cast<double>(loss.clipped) /
@@ -215,7 +225,7 @@ std::string loss_table(const Graph& graph, std::vector<Loss> losses) {
   return "Against the same model in float, worst first (signal to noise of each tensor; own: of "
          "its operator\nalone, up to here: with all losses before it; clipped: beyond the range of "
          "its scale):\n" +
-         table_text(table);
+         table_text(table) + "Exact on its inputs: " + std::to_string(exact) + " more.\n";
 }
 
 bool is_quantized_graph(const Graph& graph) {

@@ -40,6 +40,15 @@ void GraphBuilder::set_context(const Node& node) {
               node.outputs.empty() ? node.name : graph_.value(node.outputs[0]).name);
 }
 
+ValueId GraphBuilder::name_after(const Node& node, ValueId result) {
+  if (const int at = graph_.producer(result); at >= 0) {
+    Node& made = graph_.nodes[static_cast<size_t>(at)];
+    made.name = node.name;
+    made.origin = node.origin;
+  }
+  return result;
+}
+
 ValueId GraphBuilder::numbers(Shape shape, const std::vector<double>& elements, Type type) {
   const HostArray array{shape, elements};
   return graph_.add({result_ + "_constant", type, std::move(shape), {}, bytes_of(array, type)});

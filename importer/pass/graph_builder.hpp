@@ -35,6 +35,8 @@ class GraphBuilder {
   }
   // As a pass does it: on behalf of a node.
   void set_context(const Node& node);
+  // The result is an operator's of the model, whose place it takes. Its own name stays.
+  ValueId name_after(const Node& node, ValueId result);
 
   Graph& graph() { return graph_; }
   const Value& value(ValueId id) const { return graph_.value(id); }

@@ -443,6 +443,7 @@ class Layout {
     const Node function = *before;
     std::vector<ValueId> inputs = function.inputs;
     inputs[0] = b_.transpose(inputs[0], node.integers("perm"));
+    b_.set_context(function);
     become(node, again(function, inputs, Shape(b_.shape(node.output())), function.attributes));
     return true;
   }

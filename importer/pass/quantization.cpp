@@ -124,7 +124,8 @@ class Canonical {
   ValueId again(const Node& node, std::vector<ValueId> inputs, Type type,
                 const Quantization& quantization) {
     const Shape shape = b_.shape(node.output());
-    return b_.emit(node.op, std::move(inputs), type, shape, node.attributes, quantization);
+    return b_.name_after(
+        node, b_.emit(node.op, std::move(inputs), type, shape, node.attributes, quantization));
   }
 
   // --- movement and relu: of bytes instead of floats --------------------------------------------
@@ -445,9 +446,12 @@ class Canonical {
     const std::vector<float> numbers(values->begin(), values->end());
     const ValueId exact = g_.add_constant<float>(
         target.name + "_function", {static_cast<int64_t>(kBytes)}, std::span(numbers));
-    return requantized(
-        b_.emit(Op::lookup, {bytes, constant, exact}, type, target.shape, {}, kept.quantization),
-        target);
+    ValueId y =
+        b_.emit(Op::lookup, {bytes, constant, exact}, type, target.shape, {}, kept.quantization);
+    if (const Node* function = b_.producer(x); function->op != Op::dequantize) {
+      y = b_.name_after(Node(*function), y);
+    }
+    return requantized(y, target);
   }
 
   void fold_constants() {

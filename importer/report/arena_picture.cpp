@@ -54,9 +54,24 @@ std::string axes_of(const Axes& axes, double bytes) {
   return out + svg_text((kLeft + right) / 2, kTop + kHeight + 34, "middle", "layer");
 }
 
-std::string block(const Axes& axes, const ReportBuffer& b, int colour) {
-  const double x = axes.x(b.first) + 0.5;
-  const double width = (b.last - b.first + 1) * axes.column - 1;
+// Whether a layer writes over what it reads there.
+bool is_followed_in_place(const ReportBuffer& a, const ReportBuffer& b) {
+  return !a.scratch && !b.scratch && &a != &b && a.last == b.first &&
+         a.offset < b.offset + b.bytes && b.offset < a.offset + a.bytes;
+}
+
+std::string block(const Axes& axes, const std::vector<ReportBuffer>& all, const ReportBuffer& b,
+                  int colour) {
+  // Both share the layer's column.
+  const auto half_if = [&](auto&& is_partner) {
+    return std::any_of(all.begin(), all.end(), is_partner) ? axes.column / 2 : 0;
+  };
+  const double from =
+      axes.x(b.first) + half_if([&](const auto& other) { return is_followed_in_place(other, b); });
+  const double to = axes.x(b.last + 1) -
+                    half_if([&](const auto& other) { return is_followed_in_place(b, other); });
+  const double x = from + 0.5;
+  const double width = std::max(to - from - 1, 1.0);
   const double height = std::max(b.bytes * axes.scale, 1.0);
   const double top = axes.y(b.offset + b.bytes);
   const std::string lives =
@@ -81,7 +96,7 @@ std::string arena_picture(const Report& report) {
   std::string content = axes_of(axes, bytes);
   int colour = 0;
   for (const ReportBuffer& b : report.buffers) {
-    content += block(axes, b, b.scratch ? 0 : colour++ % kColours);
+    content += block(axes, report.buffers, b, b.scratch ? 0 : colour++ % kColours);
   }
   return svg(axes.x(steps - 1) + 16, kTop + kHeight + kBelow,
              "bytes of the arena by address and layer", content);

@@ -119,6 +119,7 @@ ReportLayer layer_of(const Network& network, const Layer& layer) {
   out.heap_bytes = layer.heap_bytes;
   const LayerWork work = work_of(layer);
   for (size_t core = 0; core < kReportCores.size(); ++core) {
+    out.flash[core] = footprint_page().flash(kReportCores[core].name, out.function);
     out.instructions[core] = estimate(footprint_page(), work, kReportCores[core].column);
   }
   return out;
@@ -132,12 +133,7 @@ void add_functions(Report& report) {
       ++known->layers;
       continue;
     }
-    ReportFunction& added = report.functions.emplace_back();
-    added.name = layer.function;
-    added.layers = 1;
-    for (size_t core = 0; core < kReportCores.size(); ++core) {
-      added.flash[core] = footprint_page().flash(kReportCores[core].name, layer.function);
-    }
+    report.functions.push_back({layer.function, 1, layer.flash});
   }
   for (size_t core = 0; core < kReportCores.size(); ++core) {
     report.code_bytes[core] =

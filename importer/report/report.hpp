@@ -36,6 +36,7 @@ struct ReportLayer {
   uint32_t live_bytes = 0;     // activations in memory while it runs
   uint32_t scratch_bytes = 0;  // besides them, in the arena
   uint32_t heap_bytes = 0;     // taken and given back by each call
+  PerCore<std::optional<uint32_t>> flash;  // of its function, which layers may share
   PerCore<std::optional<Estimate>> instructions;
   std::vector<int> reads;         // layers and inputs whose results it reads
   std::optional<uint64_t> ticks;  // measured

@@ -2,6 +2,7 @@
 #include "importer/report/report_columns.hpp"
 
 #include <cmath>
+#include <set>
 
 namespace nnlib::importer {
 namespace {
@@ -35,8 +36,8 @@ void add_times(const Report& report, Table& table) {
   if (report.tick_unit.empty()) {
     return;
   }
-  table.columns.push_back({report.tick_unit, true, "measured, from the profile"});
-  table.columns.push_back({"share", true, "of the measured time"});
+  table.columns.push_back({report.tick_unit, Table::number, "measured, from the profile"});
+  table.columns.push_back({"share", Table::number, "of the measured time"});
   for (size_t i = 0; i < table.rows.size(); ++i) {
     const uint64_t ticks = report.layers[i].ticks.value_or(0);
     table.rows[i].push_back(grouped(ticks));
@@ -60,33 +61,42 @@ std::string grouped(uint64_t number) {
 Table layer_table(const Report& report) {
   Table table;
   table.columns = {
-      {"#", true, "place in the network"},
-      {"operator", false, "the model's word"},
-      {"name", false, "in the model"},
-      {"function", false, "of the runtime"},
-      {"output", false, "height x width x channels"},
-      {"type", false, "of the output"},
-      {"MACs", true, "multiply-accumulates"},
-      {"weights", true, "bytes of constants that the layer reads"},
-      {"live", true, "bytes of activations in memory while the layer runs"},
-      {"scratch", true, "bytes besides them in the arena"},
-      {"heap", true, "bytes that a call takes and gives back"},
+      {"#", Table::number, "place in the network"},
+      {"operator", Table::text, "the model's word"},
+      {"name", Table::name, "in the model"},
+      {"function", Table::text, "of the runtime"},
+      {"output", Table::text, "height x width x channels"},
+      {"type", Table::text, "of the output"},
+      {"MACs", Table::number, "multiply-accumulates"},
+      {"weights", Table::number, "bytes of constants that the layer reads"},
+      {"live", Table::number, "bytes of activations in memory while the layer runs"},
+      {"scratch", Table::number, "bytes besides them in the arena"},
+      {"heap", Table::number, "bytes that a call takes and gives back"},
   };
   for (const ReportCore& core : kReportCores) {
-    table.columns.push_back({std::string(core.name) + " instr.", true,
+    table.columns.push_back({std::string(core.name) + " flash", Table::number,
+                             "bytes of the function; \" where it stands above"});
+  }
+  for (const ReportCore& core : kReportCores) {
+    table.columns.push_back({std::string(core.name) + " instr.", Table::number,
                              std::string("expected instructions on a ") + core.title});
   }
+  std::set<std::string> functions;
   for (const ReportLayer& layer : report.layers) {
     table.rows.push_back({std::to_string(table.rows.size()), layer.origin, layer.model_name,
                           layer.function, shape_of(layer.dims), layer.type, or_dash(layer.macs),
                           or_dash(layer.weight_bytes), grouped(layer.live_bytes),
                           or_dash(layer.scratch_bytes), or_dash(layer.heap_bytes)});
+    const bool again = !functions.insert(layer.function).second;
+    for (const auto& flash : layer.flash) {
+      table.rows.back().push_back(!flash ? "-" : again ? "\"" : grouped(*flash));
+    }
     for (const auto& estimate : layer.instructions) {
       table.rows.back().push_back(text_of(estimate));
     }
   }
   table.sums = {"all", "", "", "", "", "", grouped(report.macs), grouped(report.constant_bytes)};
-  table.sums.insert(table.sums.end(), {"", "", or_dash(report.heap_bytes)});
+  table.sums.insert(table.sums.end(), {"", "", or_dash(report.heap_bytes), "", ""});
   for (const double instructions : report.instructions) {
     table.sums.push_back(grouped(static_cast<uint64_t>(std::llround(instructions))));
   }
@@ -96,10 +106,11 @@ Table layer_table(const Report& report) {
 
 Table function_table(const Report& report) {
   Table table;
-  table.columns = {{"function", false, "of the runtime"}, {"layers", true, "that use it"}};
+  table.columns = {{"function", Table::text, "of the runtime"},
+                   {"layers", Table::number, "that use it"}};
   table.sums = {"with the runtime core at most", ""};
   for (size_t core = 0; core < kReportCores.size(); ++core) {
-    table.columns.push_back({std::string(kReportCores[core].name) + " flash", true,
+    table.columns.push_back({std::string(kReportCores[core].name) + " flash", Table::number,
                              "bytes in a program with nothing else"});
     table.sums.push_back(grouped(report.code_bytes[core]));
   }
@@ -115,11 +126,11 @@ Table function_table(const Report& report) {
 
 Table port_table(const Report& report) {
   Table table;
-  table.columns = {{"", false, ""},
-                   {"name", false, "in the model"},
-                   {"shape", false, ""},
-                   {"type", false, ""},
-                   {"quantization", false, "real value = (q - zero point) * scale"}};
+  table.columns = {{"", Table::text, ""},
+                   {"name", Table::name, "in the model"},
+                   {"shape", Table::text, ""},
+                   {"type", Table::text, ""},
+                   {"quantization", Table::text, "real value = (q - zero point) * scale"}};
   for (const auto* ports : {&report.inputs, &report.outputs}) {
     for (const ReportPort& port : *ports) {
       table.rows.push_back({ports == &report.inputs ? "input" : "output", port.name, port.shape,
@@ -144,12 +155,13 @@ std::vector<std::pair<std::string, std::string>> report_summary(const Report& re
   lines.push_back({"layers", std::to_string(report.layers.size())});
   lines.push_back({"multiply-accumulates", grouped(report.macs)});
   for (size_t core = 0; core < kReportCores.size(); ++core) {
-    lines.push_back(
-        {std::string("instructions, ") + kReportCores[core].title,
-         "about " + grouped(static_cast<uint64_t>(std::llround(report.instructions[core]))) +
-             (report.without_estimate == 0
-                  ? ""
-                  : ", without " + std::to_string(report.without_estimate) + " layers")});
+    lines.push_back({std::string("instructions, ") + kReportCores[core].title,
+                     "about " +
+                         grouped(static_cast<uint64_t>(std::llround(report.instructions[core]))) +
+                         (report.without_estimate == 0
+                              ? ""
+                              : ", without " + std::to_string(report.without_estimate) +
+                                    (report.without_estimate == 1 ? " layer" : " layers"))});
   }
   if (!report.tick_unit.empty()) {
     lines.push_back({"measured", grouped(report.ticks) + " " + report.tick_unit});

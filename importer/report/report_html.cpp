@@ -76,19 +76,20 @@ Bars bars_of(const Report& report, const Table& table) {
 }
 
 std::string cell(const Table::Column& column, const std::string& text, const std::string& bar) {
-  std::string classes = column.number ? "number" : column.title == "name" ? "name" : "";
+  constexpr const char* kClasses[] = {"", "number", "name"};
+  std::string classes = kClasses[column.kind];
   classes += bar.empty() ? "" : " bar";
   return "<td" + (classes.empty() ? "" : " class=\"" + classes + "\"") +
          (bar.empty() ? "" : " style=\"--share: " + bar + "%\"") +
-         (column.title == "name" ? " title=\"" + escaped(text) + "\"" : "") + ">" + escaped(text) +
-         "</td>";
+         (column.kind == Table::name ? " title=\"" + escaped(text) + "\"" : "") + ">" +
+         escaped(text) + "</td>";
 }
 
 std::string table_html(const Table& table, const Bars& bars = {}) {
   std::string out = "<div class=\"wide\"><table>\n<thead><tr>";
   for (const auto& column : table.columns) {
-    out += "<th" + std::string(column.number ? " class=\"number\"" : "") + " title=\"" +
-           escaped(column.meaning) + "\">" + escaped(column.title) + "</th>";
+    out += "<th" + std::string(column.kind == Table::number ? " class=\"number\"" : "") +
+           " title=\"" + escaped(column.meaning) + "\">" + escaped(column.title) + "</th>";
   }
   out += "</tr></thead>\n<tbody>\n";
   for (size_t i = 0; i < table.rows.size(); ++i) {

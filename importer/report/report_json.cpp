@@ -18,6 +18,10 @@ Json per_core(const PerCore<T>& figures, Convert convert) {
   return out;
 }
 
+Json flash_json(const std::optional<uint32_t>& bytes) {
+  return bytes ? Json(*bytes) : Json();
+}
+
 int64_t rounded(double figure) {
   return std::llround(figure);
 }
@@ -54,6 +58,7 @@ Json layer_json(const ReportLayer& layer) {
               {"live_bytes", layer.live_bytes},
               {"scratch_bytes", layer.scratch_bytes},
               {"heap_bytes", layer.heap_bytes},
+              {"flash_bytes", per_core(layer.flash, flash_json)},
               {"instructions", per_core(layer.instructions, estimate)},
               {"reads", sources(layer.reads)}};
   if (layer.ticks) {
@@ -93,9 +98,8 @@ std::string report_json(const Report& report) {
     out["layers"].push_back(layer_json(layer));
   }
   for (const ReportFunction& f : report.functions) {
-    const auto flash = [](const std::optional<uint32_t>& b) { return b ? Json(*b) : Json(); };
     out["functions"].push_back(
-        {{"name", f.name}, {"layers", f.layers}, {"flash", per_core(f.flash, flash)}});
+        {{"name", f.name}, {"layers", f.layers}, {"flash_bytes", per_core(f.flash, flash_json)}});
   }
   for (const ReportBuffer& b : report.buffers) {
     out["arena"].push_back({{"name", b.name},

@@ -6,19 +6,21 @@
 namespace nnlib::importer {
 namespace {
 
-constexpr size_t kWidest = 32;  // of a cell; names of models can be very long
-
-std::string cut(const std::string& text) {
-  return text.size() <= kWidest ? text : "..." + text.substr(text.size() - kWidest + 3);
+std::string shown(const Table::Column& column, const std::string& cell) {
+  constexpr size_t kLongest = 32;
+  return column.kind != Table::name || cell.size() <= kLongest
+             ? cell
+             : "..." + cell.substr(cell.size() - kLongest + 3);
 }
 
 std::string line_of(const Table& table, const std::vector<std::string>& cells,
                     const std::vector<size_t>& widths) {
   std::string line;
   for (size_t c = 0; c < widths.size(); ++c) {
-    const std::string cell = c < cells.size() ? cut(cells[c]) : "";
+    const std::string cell = c < cells.size() ? shown(table.columns[c], cells[c]) : "";
     const std::string space(widths[c] - cell.size(), ' ');
-    line += (c == 0 ? "" : "  ") + (table.columns[c].number ? space + cell : cell + space);
+    line += (c == 0 ? "" : "  ") +
+            (table.columns[c].kind == Table::number ? space + cell : cell + space);
   }
   line.erase(line.find_last_not_of(' ') + 1);
   return line + "\n";
@@ -34,7 +36,7 @@ std::string table_text(const Table& table) {
   std::vector<size_t> widths(titles.size());
   const auto widen = [&](const std::vector<std::string>& cells) {
     for (size_t c = 0; c < cells.size(); ++c) {
-      widths[c] = std::max(widths[c], cut(cells[c]).size());
+      widths[c] = std::max(widths[c], shown(table.columns[c], cells[c]).size());
     }
   };
   widen(titles);

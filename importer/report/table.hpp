@@ -9,9 +9,10 @@
 namespace nnlib::importer {
 
 struct Table {
+  enum Kind { text, number, name };  // numbers stand at the right; names can be very long
   struct Column {
     std::string title;
-    bool number;               // stands at the right
+    Kind kind;
     std::string meaning = {};  // for who points at it
   };
   std::vector<Column> columns;
@@ -19,7 +20,7 @@ struct Table {
   std::vector<std::string> sums = {};  // the last row; may be empty
 };
 
-// In lines, with spaces between the columns. The beginnings of long cells are left out.
+// In lines, with spaces between the columns. The beginnings of long names are left out.
 std::string table_text(const Table& table);
 
 }  // namespace nnlib::importer
