@@ -105,7 +105,8 @@ std::string Source::arena() const {
   }
   const std::string place =
       options_.section.empty() ? "" : "__attribute__((section(\"" + options_.section + "\"))) ";
-  return place + "static _Alignas(8) uint8_t arena[" + upper(name_) + "_ARENA_BYTES];\n\n";
+  return place + "static _Alignas(" + std::to_string(memory_.alignment) + ") uint8_t arena[" +
+         upper(name_) + "_ARENA_BYTES];\n\n";
 }
 
 std::string Source::data_of(const Storage& storage) const {
@@ -301,8 +302,8 @@ std::string Source::header() const {
   describe(network_.outputs, "output");
   out += "\n/* Makes the network ready. Returns 0, or the error word of the runtime";
   out += options_.arena_from_caller
-             ? ".\n * The arena has " + upper(name_) +
-                   "_ARENA_BYTES bytes, aligned to 8, and stays the network's. */\n"
+             ? ".\n * The arena has " + upper(name_) + "_ARENA_BYTES bytes, aligned to " +
+                   std::to_string(memory_.alignment) + ", and stays the network's. */\n"
              : ". */\n";
   out += init_signature() + ";\n";
   out +=

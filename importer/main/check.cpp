@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "importer/main/command.hpp"
+#include "importer/main/inputs.hpp"
 #include "importer/read/elements.hpp"
 #include "importer/read/npy.hpp"
 #include "importer/report/table.hpp"
@@ -72,44 +73,6 @@ std::vector<std::vector<double>> reference_sets(const std::string& path, Value l
   std::vector<std::vector<double>> sets;
   for (const Bytes& set : read_element_sets(path, like)) {
     sets.push_back(real_elements(like, set));
-  }
-  return sets;
-}
-
-// Inputs set by set: of the files, or noise.
-std::vector<std::vector<Bytes>> input_sets(const Graph& graph, const Arguments& a) {
-  std::vector<std::vector<Bytes>> sets;
-  if (!a.inputs.empty() && a.inputs.size() != graph.inputs.size()) {
-    throw CLI::ValidationError(
-        "--input", std::to_string(graph.inputs.size()) + " files are needed, one for each input");
-  }
-  uint32_t random = 1;
-  for (size_t i = 0; i < graph.inputs.size(); ++i) {
-    const Value& like = graph.value(graph.inputs[i]);
-    std::vector<Bytes> of_input;
-    if (!a.inputs.empty()) {
-      of_input = read_element_sets(a.inputs[i], like);
-    } else {
-      std::vector<float> floats(static_cast<size_t>(like.elements()));
-      Bytes bytes(floats.size() * type_bytes(like.type));
-      for (float& x : floats) {
-        x = static_cast<float>(static_cast<int32_t>(random = random * 1664525u + 1013904223u)) /
-            0x1p31F;
-      }
-      for (uint8_t& byte : bytes) {
-        byte = static_cast<uint8_t>((random = random * 1664525u + 1013904223u) >> 24);
-      }
-      of_input = {like.type == Type::f32 ? *make_bytes<float>(floats) : bytes};
-    }
-    sets.resize(i == 0 ? of_input.size() : sets.size());
-    if (of_input.size() != sets.size()) {
-      throw std::runtime_error(a.inputs[i] + " has " + std::to_string(of_input.size()) +
-                               " sets of elements, " + a.inputs[0] + " " +
-                               std::to_string(sets.size()));
-    }
-    for (size_t s = 0; s < sets.size(); ++s) {
-      sets[s].push_back(std::move(of_input[s]));
-    }
   }
   return sets;
 }
@@ -241,7 +204,7 @@ void check(Arguments& a) {
   const Graph graph = prepared_graph(a.model, progress);
   Imported imported = build(graph, a.model.options);
   Runner runner(*imported.network, imported.memory);
-  const std::vector<std::vector<Bytes>> sets = input_sets(graph, a);
+  const InputSets sets = a.inputs.empty() ? noise(graph) : read_inputs(graph, a.inputs, "--input");
   std::vector<Reference> references = references_of(graph, a);
   std::unique_ptr<LossMeter> meter;
   std::unique_ptr<Interpreter> interpreter;

@@ -34,10 +34,13 @@ void add_model_options(CLI::App& command, ModelArguments& a) {
       ->check(CLI::IsMember({"model", "nhwc"}));
   command.add_option("--io-type", a.io_type, "inputs and outputs of quantized networks")
       ->check(CLI::IsMember({"model", "float", "quantized"}));
-  command.add_option(
-      "--freeze", a.freeze,
-      "NAME=numbers or NAME=file (.npy, .pb or raw elements): an input that is a constant");
-  command.add_option("--input-dim", a.input_dims, "NAME=size of an open dimension");
+  command
+      .add_option("--freeze", a.freeze,
+                  "NAME=numbers or NAME=file (.npy, .pb or raw elements): an input that is a "
+                  "constant; again for each")
+      ->allow_extra_args(false);
+  command.add_option("--input-dim", a.input_dims, "NAME=size of an open dimension; again for each")
+      ->allow_extra_args(false);
   command.add_option("--alignment", a.options.alignment, "of tensors in the arena")
       ->check(CLI::IsMember({"4", "8", "16"}));
   command.add_flag("--ignore-cell-clip", a.options.tflite.ignore_cell_clip,

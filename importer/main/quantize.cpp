@@ -7,9 +7,9 @@
 
 #include "importer/graph/refusals.hpp"
 #include "importer/main/convert.hpp"
+#include "importer/main/inputs.hpp"
 #include "importer/pass/ports.hpp"
 #include "importer/quantize/table.hpp"
-#include "importer/read/elements.hpp"
 #include "importer/read/npy.hpp"
 
 namespace nnlib::importer {
@@ -89,27 +89,6 @@ QuantizeOptions options_of(const Arguments& a) {
   return options;
 }
 
-std::vector<Sample> samples_of(const Graph& graph, const std::vector<std::string>& paths,
-                               const char* option) {
-  if (paths.size() != graph.inputs.size()) {
-    throw CLI::ValidationError(
-        option, std::to_string(graph.inputs.size()) + " files are needed, one for each input");
-  }
-  std::vector<Sample> samples;
-  for (size_t i = 0; i < paths.size(); ++i) {
-    std::vector<Bytes> sets = read_element_sets(paths[i], graph.value(graph.inputs[i]));
-    samples.resize(i == 0 ? sets.size() : samples.size());
-    if (sets.size() != samples.size()) {
-      throw std::runtime_error(paths[i] + " has " + std::to_string(sets.size()) + " samples, " +
-                               paths[0] + " " + std::to_string(samples.size()));
-    }
-    for (size_t n = 0; n < sets.size(); ++n) {
-      samples[n].push_back(std::move(sets[n]));
-    }
-  }
-  return samples;
-}
-
 // Of a .npy file, or numbers as text.
 std::vector<int64_t> labels_of(const std::string& path) {
   if (path.ends_with(".npy")) {
@@ -133,7 +112,7 @@ void quantize_model(Arguments& a) {
   Progress progress;
   progress.say("reading " + a.model.path);
   Graph graph = simplify(read_model(read_file(a.model.path), options), options);
-  const std::vector<Sample> samples = samples_of(graph, a.calibrate, "--calibrate");
+  const std::vector<Sample> samples = read_inputs(graph, a.calibrate, "--calibrate");
   Quantized quantized = quantize(graph, samples, how, [&](size_t done, size_t all) {
     progress.say("calibrating", done, all);
   });
@@ -142,7 +121,7 @@ void quantize_model(Arguments& a) {
   if (!a.labels.empty()) {
     progress.say("counting right answers");
     const std::vector<Sample> questions =
-        a.evaluate.empty() ? samples : samples_of(graph, a.evaluate, "--evaluate");
+        a.evaluate.empty() ? samples : read_inputs(graph, a.evaluate, "--evaluate");
     progress.clear();
     print_right(a, graph, quantized.graph, questions);
   }

@@ -18,19 +18,22 @@ void strip_softmax(Graph& graph) {
 void add_float_ports(Graph& graph) {
   const auto floats = [&graph](ValueId id) {
     const Value v = graph.value(id);
-    return graph.add({v.name, Type::f32, v.shape, {}, nullptr});
+    const ValueId port = graph.add({v.name, Type::f32, v.shape, {}, nullptr});
+    graph.rename(port, v.name);
+    return port;
   };
   for (ValueId& id : graph.inputs) {
     if (graph.value(id).quantization) {
       const ValueId port = floats(id);
-      graph.nodes.insert(graph.nodes.begin(), Node{"", "", Op::quantize, {port}, {id}, {}});
+      graph.nodes.insert(graph.nodes.begin(),
+                         Node{graph.value(port).name, "", Op::quantize, {port}, {id}, {}});
       id = port;
     }
   }
   for (ValueId& id : graph.outputs) {
     if (graph.value(id).quantization) {
       const ValueId port = floats(id);
-      graph.nodes.push_back({"", "", Op::dequantize, {id}, {port}, {}});
+      graph.nodes.push_back({graph.value(port).name, "", Op::dequantize, {id}, {port}, {}});
       id = port;
     }
   }

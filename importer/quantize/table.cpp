@@ -27,7 +27,10 @@ std::string type_of(const LayerNoise& layer, const std::string& type) {
 }  // namespace
 
 std::string noise_table(const Quantized& quantized, const std::string& type) {
-  Table table{{{"layer", false}, {"operator", false}, {"type", false}, {"signal/noise dB", true}},
+  Table table{{{"layer", Table::name},
+               {"operator", Table::text},
+               {"type", Table::text},
+               {"signal/noise dB", Table::number}},
               {}};
   for (const LayerNoise& layer : quantized.layers) {
     table.rows.push_back({layer.name, layer.origin, type_of(layer, type), decibels(layer.noise)});
@@ -38,7 +41,7 @@ std::string noise_table(const Quantized& quantized, const std::string& type) {
 }
 
 std::string size_table(const Report& before, const Report& after, const std::string& type) {
-  Table table{{{"bytes", false}, {"float", true}, {type, true}}, {}};
+  Table table{{{"bytes", Table::text}, {"float", Table::number}, {type, Table::number}}, {}};
   const auto row = [&](const char* what, uint64_t a, uint64_t b) {
     table.rows.push_back({what, std::to_string(a), std::to_string(b)});
   };

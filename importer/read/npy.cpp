@@ -24,11 +24,14 @@ std::string_view entry(std::string_view header, const std::string& key) {
   return rest;
 }
 
+constexpr char kOwnOrder = std::endian::native == std::endian::little ? '<' : '>';
+
+constexpr std::pair<std::string_view, Type> kTypes[] = {
+    {"f4", Type::f32}, {"f8", Type::f64}, {"u1", Type::u8},     {"i1", Type::s8},
+    {"u2", Type::u16}, {"i2", Type::s16}, {"u4", Type::u32},    {"i4", Type::s32},
+    {"u8", Type::u64}, {"i8", Type::s64}, {"b1", Type::boolean}};
+
 Type type_of_description(std::string_view description) {
-  constexpr std::pair<std::string_view, Type> kTypes[] = {
-      {"f4", Type::f32}, {"f8", Type::f64}, {"u1", Type::u8},     {"i1", Type::s8},
-      {"u2", Type::u16}, {"i2", Type::s16}, {"u4", Type::u32},    {"i4", Type::s32},
-      {"u8", Type::u64}, {"i8", Type::s64}, {"b1", Type::boolean}};
   for (const auto& [name, type] : kTypes) {
     if (description == name) {
       return type;
@@ -86,14 +89,37 @@ Value read_npy(std::span<const uint8_t> file) {
   if (elements < 0 || bytes.size() != static_cast<size_t>(elements) * element) {
     refuse("its size is not that of its shape");
   }
-  const char own = std::endian::native == std::endian::little ? '<' : '>';
-  if (element > 1 && description[1] != own) {
+  if (element > 1 && description[1] != kOwnOrder) {
     for (auto at = bytes.begin(); at != bytes.end(); at += static_cast<ptrdiff_t>(element)) {
       std::reverse(at, at + static_cast<ptrdiff_t>(element));
     }
   }
   value.data = std::make_shared<const Bytes>(std::move(bytes));
   return value;
+}
+
+Bytes npy_file(const Value& array) {
+  std::string header = "{'descr': '";
+  header += type_bytes(array.type) == 1 ? '|' : kOwnOrder;
+  header += std::find_if(std::begin(kTypes), std::end(kTypes), [&](const auto& type) {
+              return type.second == array.type;
+            })->first;
+  header += "', 'fortran_order': False, 'shape': (";
+  for (const int64_t size : array.shape) {
+    header += std::to_string(size) + ",";
+  }
+  header += "), }";
+  constexpr size_t kStart = 10;  // the magic word, the version, the header's length
+  constexpr size_t kAlignment = 64;
+  header.resize((kStart + header.size()) / kAlignment * kAlignment + kAlignment - kStart, ' ');
+  header.back() = '\n';
+  std::string start = {'\x93', 'N', 'U', 'M', 'P', 'Y', 1, 0};
+  start += static_cast<char>(header.size() & 0xff);
+  start += static_cast<char>(header.size() >> 8);
+  start += header;
+  Bytes file(start.begin(), start.end());
+  file.insert(file.end(), array.data->begin(), array.data->end());
+  return file;
 }
 
 }  // namespace nnlib::importer

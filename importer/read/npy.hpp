@@ -11,6 +11,9 @@ namespace nnlib::importer {
 // 32 or 64 bits of either byte order, in C order. Throws std::runtime_error for another file.
 Value read_npy(std::span<const uint8_t> file);
 
+// The file of an array, in this machine's byte order.
+Bytes npy_file(const Value& array);
+
 }  // namespace nnlib::importer
 
 #endif

@@ -17,7 +17,9 @@ MemoryMap plan_memory(const Network& network, uint32_t alignment) {
   for (const Overlay& overlay : network.overlays) {
     overlays.push_back({index.at(overlay.output), index.at(overlay.input), overlay.layer});
   }
+  constexpr uint32_t kLeastAlignment = 8;
   MemoryMap map;
+  map.alignment = std::max(alignment, kLeastAlignment);
   map.plan = make_plan(items, overlays, alignment);
   for (const auto& [buffer, i] : index) {
     map.offsets[buffer] = map.plan.offsets[i];

@@ -12,6 +12,7 @@ namespace nnlib::importer {
 
 struct MemoryMap {
   Plan plan;
+  uint32_t alignment;  // of the arena
   std::map<const Buffer*, uint32_t> offsets;
 
   uint32_t offset(const Tensor& tensor) const { return offsets.at(tensor.storage.buffer); }
