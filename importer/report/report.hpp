@@ -32,10 +32,10 @@ struct ReportLayer {
   Dims dims;  // of the output
   std::string type;
   uint64_t macs = 0;
-  uint64_t weight_bytes = 0;   // constants it reads, tables included
-  uint32_t live_bytes = 0;     // activations in memory while it runs
-  uint32_t scratch_bytes = 0;  // besides them, in the arena
-  uint32_t heap_bytes = 0;     // taken and given back by each call
+  uint64_t weight_bytes = 0;               // constants it reads, tables included
+  uint32_t live_bytes = 0;                 // activations in memory while it runs
+  uint32_t scratch_bytes = 0;              // besides them, in the arena
+  uint32_t heap_bytes = 0;                 // taken and given back by each call
   PerCore<std::optional<uint32_t>> flash;  // of its function, which layers may share
   PerCore<std::optional<Estimate>> instructions;
   std::vector<int> reads;         // layers and inputs whose results it reads
