@@ -40,6 +40,8 @@ TEST(LayerCheck, PadTileAndUpsample) {
   OneLayer<ai_layer_pad, 1, 1> pad(AI_LAYER_TYPE_PAD, forward_pad, nnlib::list(in),
                                    nnlib::list(out));
   static const uint32_t pads[] = {2, 1}, many[] = {5, 1};
+  static const ai_array no_data = {AI_ARRAY_FORMAT_FLOAT, 1, nullptr, nullptr};
+  static const ai_array words = {AI_ARRAY_FORMAT_S32, 2, numbers, numbers};
   pad.record.mode = AI_PAD_EDGE;
   pad.record.pads = pads;
   using Pad = ai_layer_pad;
@@ -49,6 +51,16 @@ TEST(LayerCheck, PadTileAndUpsample) {
         "layer 0, forward_pad: the mode is 7, the function does nothing: 0 to 2 are possible"},
        {[](Pad& r) { r.mode = AI_PAD_CONSTANT; },
         "layer 0, forward_pad: the padding's value is missing, 1 is needed"},
+       {[](Pad& r) {
+          r.mode = AI_PAD_CONSTANT;
+          r.value = &no_data;
+        },
+        "layer 0, forward_pad: the padding's value is missing, 1 is needed"},
+       {[](Pad& r) {
+          r.mode = AI_PAD_CONSTANT;
+          r.value = &words;
+        },
+        "layer 0, forward_pad: the padding's value has the format FMT_S32, input 0 has FMT_FLOAT"},
        {[](Pad& r) { r.mode = AI_PAD_REFLECT; },
         "layer 0, forward_pad: with 2 rows and 1 columns before the map, reflection leaves rows 1 "
         "to 1 unwritten"},
@@ -73,6 +85,8 @@ TEST(LayerCheck, PadTileAndUpsample) {
   static float factors[] = {2.0f, 3.0f}, swapped[] = {3.0f, 2.0f};
   static const ai_array scales = {AI_ARRAY_FORMAT_FLOAT, 2, factors, factors};
   static const ai_array wrong = {AI_ARRAY_FORMAT_FLOAT, 2, swapped, swapped};
+  static float turned_over[] = {-2.0f, 3.0f};
+  static const ai_array negative = {AI_ARRAY_FORMAT_FLOAT, 2, turned_over, turned_over};
   upsample.record.mode = AI_UPSAMPLE_NEAREST;
   upsample.record.scales = &scales;
   expect_texts(
@@ -81,6 +95,12 @@ TEST(LayerCheck, PadTileAndUpsample) {
         "layer 0, forward_upsample: the mode is 3, the function does nothing: 0 to 2 are possible"},
        {[](ai_layer_upsample& r) { r.scales = nullptr; },
         "layer 0, forward_upsample: there are 0 scales, 2 are needed"},
+       {[](ai_layer_upsample& r) { r.scales = &no_data; },
+        "layer 0, forward_upsample: there are 0 scales, 2 are needed"},
+       {[](ai_layer_upsample& r) { r.scales = &words; },
+        "layer 0, forward_upsample: the scales have the format FMT_S32, needed is float32"},
+       {[](ai_layer_upsample& r) { r.scales = &negative; },
+        "layer 0, forward_upsample: the scale of the height is -2, not above 0"},
        {[](ai_layer_upsample& r) { r.scales = &wrong; },
         "layer 0, forward_upsample: output 0 has a height of 4, input 0's 2 times 3 is 6\n"
         "layer 0, forward_upsample: output 0 has a width of 9, input 0's 3 times 2 is 6"}});
@@ -132,10 +152,21 @@ TEST(LayerCheck, ConcatTransposeSliceAndTopK) {
   static const ai_array axes = {AI_ARRAY_FORMAT_U32, 1, axis_values, axis_values};
   static const ai_array starts = {AI_ARRAY_FORMAT_S32, 1, start_values, start_values};
   static const ai_array ends = {AI_ARRAY_FORMAT_S32, 1, end_values, end_values};
+  static const ai_array no_ends = {AI_ARRAY_FORMAT_S32, 1, nullptr, nullptr};
+  static const ai_array reals = {AI_ARRAY_FORMAT_FLOAT, 1, numbers, numbers};
+  static const ai_array bytes = {AI_ARRAY_FORMAT_U8, 1, numbers, numbers};
   slice.record = {slice.record.base, &axes, &starts, &ends};
   expect_texts(
       slice, {{[](ai_layer_slice& r) { r.starts = nullptr; },
                "layer 0, forward_slice: there are 0 starts, 1 are needed"},
+              {[](ai_layer_slice& r) { r.ends = &no_ends; },
+               "layer 0, forward_slice: there are 0 ends, 1 are needed"},
+              {[](ai_layer_slice& r) { r.axes = &reals; },
+               "layer 0, forward_slice: the axes have the format FMT_FLOAT, needed are 32-bit "
+               "integers"},
+              {[](ai_layer_slice& r) { r.starts = &bytes; },
+               "layer 0, forward_slice: the starts have the format FMT_U8, needed are 32-bit "
+               "integers"},
               {[](ai_layer_slice& r) { r.axes = nullptr; },
                "layer 0, forward_slice: the slice of axis 0 runs from 1 to 9 of 1: it is empty"},
               {[](ai_layer_slice& r) { r.ends = &starts; },
@@ -169,10 +200,13 @@ TEST(LayerCheck, Sequences) {
   static uint8_t distances[] = {0, 2}, longer[] = {3, 0};
   static const ai_array delays = {AI_ARRAY_FORMAT_U8, 2, distances, distances};
   static const ai_array wrong = {AI_ARRAY_FORMAT_U8, 2, longer, longer};
+  static const ai_array none = {AI_ARRAY_FORMAT_U8, 2, nullptr, nullptr};
   delay.record.delays = &delays;
   using Delay = ai_layer_time_delay;
   expect_texts(delay, {{[](Delay& r) { r.delays = nullptr; },
                         "layer 0, forward_time_delay: weights 0 has 12 elements, 0 are needed\n"
+                        "layer 0, forward_time_delay: there are 0 delays, at least 1 is needed"},
+                       {[](Delay& r) { r.delays = &none; },
                         "layer 0, forward_time_delay: there are 0 delays, at least 1 is needed"},
                        {[](Delay& r) { r.delays = &wrong; },
                         "layer 0, forward_time_delay: input 0 has 5 steps; 3 steps of output 0 and "
@@ -400,6 +434,14 @@ TEST(LayerCheck, BranchesAreAllVisited) {
             "layer 4, forward_tanh: the layer's type is SM, needed is NL");
   EXPECT_EQ(text_of([](Branches& b) { b.starts[1] = nullptr; }),
             "layer 0, forward_split: branch 1 of 2 is null");
+  EXPECT_EQ(text_of([](Branches& b) { b.split.branches = nullptr; }),
+            "layer 0, forward_split: the split has 0 branches, at least 1 is needed");
+  EXPECT_EQ(text_of([](Branches& b) { b.split.index = 2; }),
+            "layer 0, forward_split: the split begins with branch 2 of 2");
+  EXPECT_EQ(text_of([](Branches& b) { b.split.callback = b.add.callback = [](void*, void*) {}; }),
+            "layer 0, forward_split: the callback needs 2 branch contexts, there are none\n"
+            "layer 2, forward_add: the callback needs 2 entries for branches, there are none\n"
+            "layer 5, forward_add: the callback needs 2 entries for branches, there are none");
   EXPECT_EQ(text_of([](Branches& b) { b.split.count = 3; }),
             "layer 2, forward_add: the add has 2 branches, its split has 3\n"
             "layer 5, forward_add: the add has 2 branches, its split has 3");
@@ -431,6 +473,19 @@ TEST(LayerCheck, InnerLayersOfATimeDistributedOne) {
   expect_dims_text(outer, out, {1, 2, 1, 4},
                    "layer 0, forward_time_distributed: output 0 has the dimensions (1, 2, 1, 4), "
                    "(1, 2, 1, 5) are needed");
+  const ai_tensor_chain no_lists = {0, nullptr};
+  tanh.base.tensor_chain = &no_lists;
+  EXPECT_EQ(findings(outer.network),
+            "layer 0, inner layer 1, forward_time_distributed: the layer has 0 outputs, inside a "
+            "time-distributed layer 1 to 8 are possible, else it faults\n"
+            "layer 0, inner layer 1, forward_tanh: the layer's chain has 0 lists, 2 are needed");
+  tanh.base.tensor_chain = &tanh_chain;
+  list_of(dense, AI_CHAIN_INPUT).size = 0;
+  EXPECT_EQ(findings(outer.network),
+            "layer 0, inner layer 0, forward_time_distributed: the layer has 0 inputs, inside a "
+            "time-distributed layer 1 to 8 are possible, else it faults\n"
+            "layer 0, inner layer 0, forward_dense: input 0 is missing");
+  list_of(dense, AI_CHAIN_INPUT).size = 1;
   tanh.base.next = &dense;
   EXPECT_EQ(findings(outer.network),
             "layer 0, forward_time_distributed: the list of inner layers does not end: behind "

@@ -2,6 +2,7 @@
 // One mistake after the other in networks that are right, and the sentence that names it.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
 
 #include "test/check/sample_networks.hpp"
@@ -21,6 +22,18 @@ void expect_texts(std::initializer_list<Mistake<Network>> mistakes) {
     Network sample;
     mistake.make(sample);
     EXPECT_EQ(findings(sample.network), mistake.text);
+  }
+}
+
+// The same of one finding among others.
+template <class Network>
+void expect_among(std::initializer_list<Mistake<Network>> mistakes) {
+  for (const Mistake<Network>& mistake : mistakes) {
+    Network sample;
+    mistake.make(sample);
+    EXPECT_NE(findings(sample.network).find(mistake.text), std::string::npos)
+        << mistake.text << "\nin\n"
+        << findings(sample.network);
   }
 }
 
@@ -196,6 +209,72 @@ TEST(NetworkCheck, BetweenLayers) {
        "network: the network has 0 outputs, at least 1 is needed\n"
        "layer 4, forward_sm: none of its 1 outputs is read by a later layer or is an output of the "
        "network"},
+  });
+}
+
+// Records that a layer or a tensor does not have, and numbers that stand for nothing. Further
+// findings may follow from such a one.
+TEST(NetworkCheck, MissingRecords) {
+  using N = FloatNetwork;
+  static const ai_array no_data = {AI_ARRAY_FORMAT_FLOAT, 3, nullptr, nullptr};
+  static ai_tensor* two[2];
+  static ai_tensor_list_info without;
+  expect_among<N>({
+      {[](N& n) { n.conv_weights.shape.data = nullptr; },
+       "layer 0, forward_conv2d: weights 0 has a shape without its 4 sizes"},
+      {[](N& n) { n.map.stride.data = nullptr; },
+       "layer 0, forward_conv2d: output 0 has 0 strides, 4 are needed"},
+      {[](N& n) {
+         n.conv_weights.array.format = AI_ARRAY_FORMAT_LUT4_FLOAT;
+         n.conv_weights.array.data_start = nullptr;
+       },
+       "layer 0, forward_conv2d: weights 0 is of indices, but data_start points to no table of 16 "
+       "values"},
+      {[](N& n) { n.conv.base.tensor_chain = nullptr; },
+       "layer 0, forward_conv2d: the layer's chain has 0 lists, 4 are needed"},
+      {[](N& n) { n.conv.filter_pad.data = nullptr; },
+       "layer 0, forward_conv2d: filter_pad has 0 values, 4 are needed: top, left, bottom, right"},
+      {[](N& n) {
+         n.conv.nl_func = nl_func_clip_array_f32;
+         n.conv.nl_params = &no_data;
+       },
+       "layer 0, forward_conv2d: nl_params is missing, 2 values are needed"},
+      {[](N& n) {
+         n.softmax.forward = [](ai_layer*) {};
+         n.softmax.type = 77;
+       },
+       "layer 4: type 77 is no layer type"},
+      {[](N& n) { n.x.shape.data[AI_SHAPE_W] = 70000; },
+       "network: input 0 has the dimensions (1, 3, 70000, 5), a buffer's width and height are at "
+       "most 65535"},
+      {[](N& n) {
+         two[0] = &n.x;
+         const_cast<ai_tensor_list&>(n.network.io.chain[0]).tensors = two;
+         const_cast<ai_tensor_list&>(n.network.io.chain[0]).size = 2;
+       },
+       "network: entry 1 of the network's 2 inputs is null"},
+      {[](N& n) {
+         without = *n.network.io.chain[1].info;
+         without.meta_infos = nullptr;
+         const_cast<ai_tensor_list&>(n.network.io.chain[1]).info = &without;
+       },
+       "network: the list of the network's 1 outputs has no cursors, buffers and meta infos: it is "
+       "declared by AI_IO_LIST, not by AI_LIST"},
+  });
+  using I = IntegerNetwork;
+  expect_among<I>({
+      {[](I& n) { const_cast<ai_intq_info*>(n.map_q.info)->scale = nullptr; },
+       "layer 1, forward_conv2d_integer: the quantization record of output 0 has no scales, 1 is "
+       "needed"},
+      {[](I& n) { const_cast<ai_intq_info*>(n.map_q.info)->zeropoint = nullptr; },
+       "layer 1, forward_conv2d_integer: the quantization record of output 0 has no zero points, 1 "
+       "is needed"},
+      {[](I& n) { n.map_q.flags_size = 2u << 16; },
+       "layer 1, forward_conv2d_integer: the quantization record of output 0 has 2 scales, 1 is "
+       "needed"},
+      {[](I& n) { n.scale[0] = std::nanf(""); }, "is NaN, not above 0"},
+      {[](I& n) { n.scale[0] = -1.5f; }, "is -1.5, not above 0"},
+      {[](I& n) { n.scale[0] = HUGE_VALF; }, "is infinity, not above 0"},
   });
 }
 

@@ -171,6 +171,29 @@ TEST(RingBuffer, ClonesIntoStorageThatIsLargeEnough) {
   EXPECT_EQ(core_ring_buffer_clone(&large, &source), 0u);
 }
 
+// Without a ring, or with one that holds nothing: nothing is written, nothing comes out.
+TEST(RingBuffer, NoneAndOneOfNoCapacity) {
+  uint8_t element[4] = {1, 2, 3, 4};
+  ai_ring_buffer nothing = {};
+  for (ai_ring_buffer* ring : {static_cast<ai_ring_buffer*>(nullptr), &nothing}) {
+    core_ring_buffer_clear(ring);
+    EXPECT_EQ(core_ring_buffer_push(ring, element), 0u);
+    EXPECT_EQ(core_ring_buffer_push_force(ring, element), 0u);
+    EXPECT_EQ(core_ring_buffer_pop(ring, element), 0u);
+    EXPECT_EQ(core_ring_buffer_get(ring, 0), nullptr);
+    EXPECT_EQ(core_ring_buffer_linearize(ring, element), nullptr);
+    EXPECT_EQ(core_ring_buffer_stride(ring) + core_ring_buffer_capacity(ring), 0u);
+    EXPECT_EQ(core_ring_buffer_size(ring) + core_ring_buffer_free_size(ring), 0u);
+    EXPECT_TRUE(core_ring_buffer_empty(ring));
+    EXPECT_EQ(core_ring_buffer_get_base_address(ring), nullptr);
+    EXPECT_EQ(core_ring_buffer_get_end_address(ring), nullptr);
+    EXPECT_EQ(core_ring_buffer_clone(&nothing, ring), 0u);
+    EXPECT_EQ(core_ring_buffer_clone(ring, &nothing), 0u);
+  }
+  EXPECT_EQ(core_ring_buffer_destroy(nullptr), 0u);
+  EXPECT_EQ(element[0], 1);
+}
+
 TEST(MemManager, RefusesMovedHeaderAndKeepsBlockThatCannotGrow) {
   uintptr_t local[2] = {};
   uintptr_t* block = static_cast<uintptr_t*>(core_mem_alloc(2 * sizeof(uintptr_t)));
