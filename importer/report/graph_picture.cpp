@@ -68,7 +68,8 @@ std::string graph_picture(const Report& report) {
   std::vector<Box> boxes;
   std::vector<std::vector<size_t>> after;
   for (const ReportPort& port : report.inputs) {
-    boxes.push_back({port.name, port.shape + " " + port.type, port.quantization, "box port"});
+    boxes.push_back(
+        {port.name, shape_of(port) + " " + port.type, quantization_of(port), "box port"});
     after.emplace_back();
   }
   const auto add = [&](Box box, const std::vector<int>& reads) {
@@ -83,7 +84,8 @@ std::string graph_picture(const Report& report) {
     add(box_of(report.layers[i], i), report.layers[i].reads);
   }
   for (const ReportPort& port : report.outputs) {
-    add({port.name, port.shape + " " + port.type, port.quantization, "box port"}, port.reads);
+    add({port.name, shape_of(port) + " " + port.type, quantization_of(port), "box port"},
+        port.reads);
   }
   const GraphLayout layout = lay_out(after, {kWidth, 24, 14});
   std::string content;

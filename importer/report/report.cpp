@@ -90,17 +90,11 @@ void add_writers(std::vector<int>& reads, const Writers& writers, const Tensor* 
 ReportPort port_of(const Port& port) {
   ReportPort out;
   out.name = port.model_name;
-  for (const int64_t d : port.shape) {
-    out.shape += (out.shape.empty() ? "" : " x ") + std::to_string(d);
-  }
-  out.shape += out.shape.empty() ? "one value" : "";
+  out.shape = port.shape;
   out.type = type_text(*port.tensor);
   if (port.tensor->quantization != nullptr) {
-    char text[64];
-    std::snprintf(text, sizeof(text), "scale %.9g, zero point %d",
-                  double{port.tensor->quantization->scales[0]},
-                  static_cast<int>(ai_tensor_zeropoint(&port.tensor->record, 0)));
-    out.quantization = text;
+    out.scale = port.tensor->quantization->scales[0];
+    out.zero_point = static_cast<int>(ai_tensor_zeropoint(&port.tensor->record, 0));
   }
   return out;
 }

@@ -59,10 +59,11 @@ struct ReportBuffer {
 
 struct ReportPort {
   std::string name;
-  std::string shape;  // in the model
+  std::vector<int64_t> shape;  // in the model
   std::string type;
-  std::string quantization;  // "q = x / 0.5 + 3", or empty
-  std::vector<int> reads;    // outputs: the layers that write it
+  std::optional<float> scale;  // of integers
+  int zero_point = 0;
+  std::vector<int> reads;  // outputs: the layers that write it
 };
 
 struct Report {

@@ -58,6 +58,23 @@ std::string grouped(uint64_t number) {
   return text;
 }
 
+std::string shape_of(const ReportPort& port) {
+  std::string text;
+  for (const int64_t size : port.shape) {
+    text += (text.empty() ? "" : " x ") + std::to_string(size);
+  }
+  return text.empty() ? "one value" : text;
+}
+
+std::string quantization_of(const ReportPort& port) {
+  char text[64] = "";
+  if (port.scale) {
+    std::snprintf(text, sizeof(text), "scale %.9g, zero point %d", double{*port.scale},
+                  port.zero_point);
+  }
+  return text;
+}
+
 Table layer_table(const Report& report) {
   Table table;
   table.columns = {
@@ -133,8 +150,8 @@ Table port_table(const Report& report) {
                    {"quantization", Table::text, "real value = (q - zero point) * scale"}};
   for (const auto* ports : {&report.inputs, &report.outputs}) {
     for (const ReportPort& port : *ports) {
-      table.rows.push_back({ports == &report.inputs ? "input" : "output", port.name, port.shape,
-                            port.type, port.quantization});
+      table.rows.push_back({ports == &report.inputs ? "input" : "output", port.name, shape_of(port),
+                            port.type, quantization_of(port)});
     }
   }
   return table;

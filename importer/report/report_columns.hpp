@@ -17,6 +17,11 @@ std::vector<std::pair<std::string, std::string>> report_summary(const Report& re
 // Sentences on where the figures come from.
 std::vector<std::string> report_notes(const Report& report);
 
+// "1 x 49 x 10 x 1".
+std::string shape_of(const ReportPort& port);
+// "scale 0.5, zero point -3", or nothing.
+std::string quantization_of(const ReportPort& port);
+
 // 1234567 as "1,234,567".
 std::string grouped(uint64_t number);
 

@@ -36,10 +36,12 @@ Json sources(const std::vector<int>& reads) {
 }
 
 Json port_json(const ReportPort& port) {
-  return {{"name", port.name},
-          {"shape", port.shape},
-          {"type", port.type},
-          {"quantization", port.quantization}};
+  Json out = {{"name", port.name}, {"shape", port.shape}, {"type", port.type}};
+  if (port.scale) {
+    out["scale"] = *port.scale;
+    out["zero_point"] = port.zero_point;
+  }
+  return out;
 }
 
 Json layer_json(const ReportLayer& layer) {

@@ -6,7 +6,9 @@ usage: commands_test.py NNLIB_IMPORT MODELS_FOLDER
 """
 import html.parser
 import json
+import os
 import pathlib
+import pty
 import re
 import subprocess
 import sys
@@ -53,6 +55,7 @@ class Commands(unittest.TestCase):
         done = subprocess.run([IMPORTER, *map(str, arguments)], capture_output=True, text=True,
                               cwd=self.folder)
         self.assertEqual(done.returncode, status, done.stdout + done.stderr)
+        self.assertEqual(done.stderr == "", status == 0)
         return done.stdout if status == 0 else done.stderr
 
     def npy(self, name, array):
@@ -77,6 +80,16 @@ class Commands(unittest.TestCase):
             self.assertNotEqual(self.run_tool(command, "cut.tflite", status=1).strip(), "")
         self.assertEqual([f.name for f in self.folder.iterdir() if f.suffix in (".c", ".h")], [])
 
+    def test_progress_on_a_terminal_only(self):
+        ours, terminal = pty.openpty()
+        command = [IMPORTER, "check", MODELS / "kws_int8.tflite"]
+        subprocess.run(command, stdout=subprocess.DEVNULL, stderr=terminal, check=True)
+        os.close(terminal)
+        shown = os.read(ours, 1 << 16)
+        os.close(ours)
+        self.assertIn(b"reading", shown)
+        self.assertTrue(shown.endswith(b"\r\x1b[K"), shown)
+
     def test_convert_is_the_default_and_writes_the_same_again(self):
         model = MODELS / "gru.onnx"
         said = self.run_tool(model, "-o", "a", "--name", "my-net")
@@ -89,7 +102,7 @@ class Commands(unittest.TestCase):
                              (self.folder / "b" / name).read_bytes())
 
     def test_options_of_the_source(self):
-        self.run_tool(MODELS / "cnn.onnx", "--weights=separate", "--section=.ram2", "--name=n")
+        self.run_tool("--input-dim", "unused=3", MODELS / "cnn.onnx", "--weights=separate", "--section=.ram2", "--name=n")
         self.assertIn(".ram2", (self.folder / "n.c").read_text())
         self.assertTrue((self.folder / "n_weights.c").exists())
         self.run_tool(MODELS / "kws_int8.tflite", "--arena=caller", "--io-type=float",
@@ -122,8 +135,8 @@ class Commands(unittest.TestCase):
         model = MODELS / "kws_int8.tflite"
         raw = numpy.fromfile(expected("kws_int8.tflite", "input0"), numpy.int8)
         port = json.loads(self.run_tool("report", model, "--format=json"))["inputs"][0]
-        scale, zero = map(float, re.findall(r"-?[\d.]+", port["quantization"]))
-        floats = self.npy("x.npy", ((raw - zero) * scale).astype(numpy.float32))
+        real = (raw.astype(float) - port["zero_point"]) * port["scale"]
+        floats = self.npy("x.npy", real.astype(numpy.float32))
         self.run_tool("run", model, "--input", floats, "--output", "y.bin")
         self.assertEqual((self.folder / "y.bin").read_bytes(),
                          expected("kws_int8.tflite").read_bytes())
