@@ -149,9 +149,15 @@ class Rewriter {
     at(result_.twins, node.output()) = bounded ? kAbsent : twin;
   }
 
-  bool kept(const Node& node) const {
+  bool named(const Node& node) const {
     return options_.keep_float.contains(node.name) ||
            options_.keep_float.contains(from_.value(node.output()).name);
+  }
+
+  // A layer and the bound behind it are one.
+  bool kept(const Node& node) const {
+    const int bound = bound_behind(from_, node);
+    return named(node) || (bound >= 0 && named(from_.nodes[static_cast<size_t>(bound)]));
   }
 
   // Whether quantizing a node spares anything: it has weights, or what it reads is there already.

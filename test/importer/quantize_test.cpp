@@ -384,7 +384,7 @@ TEST(Table, NoisiestLayersFirstAndAnswersCounted) {
   const Graph graph = convolutions();
   const auto samples = samples_for(graph, 12);
   QuantizeOptions options;
-  options.keep_float = {"first", "first_relu"};
+  options.keep_float = {"first_relu"};
   const Quantized q = quantized(graph, samples, options);
   EXPECT_TRUE(std::is_sorted(q.layers.begin(), q.layers.end(), [](const auto& a, const auto& b) {
     return a.noise.decibels() < b.noise.decibels();
