@@ -1,10 +1,11 @@
 # SPDX-License-Identifier: MIT
-# nnlib_import(target MODEL file [NAME name] [OPTIONS option...])
+# nnlib_import(target MODEL file [NAME name] [CALIBRATE data.npy...] [OPTIONS option...])
 #
 # Adds a network to the target: name.c and name.h (name: the model file's, unless given) are written
-# when the target is built, by nnlib-import with the options, and again when the model changes.
+# when the target is built, by nnlib-import with the options, and again when the model changes. With
+# calibration data by nnlib-import quantize.
 function(nnlib_import target)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "MODEL;NAME" "OPTIONS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "MODEL;NAME" "CALIBRATE;OPTIONS")
   if(NOT arg_MODEL)
     message(FATAL_ERROR "nnlib_import: MODEL is missing")
   endif()
@@ -26,9 +27,17 @@ function(nnlib_import target)
   if("separate" IN_LIST arg_OPTIONS OR "--weights=separate" IN_LIST arg_OPTIONS)
     list(APPEND files ${folder}/${arg_NAME}_weights.c ${folder}/${arg_NAME}_weights.h)
   endif()
+  set(command convert)
+  foreach(data IN LISTS arg_CALIBRATE)
+    cmake_path(ABSOLUTE_PATH data BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
+    list(APPEND calibration --calibrate ${data})
+    list(APPEND data_files ${data})
+    set(command quantize)
+  endforeach()
   add_custom_command(OUTPUT ${files}
-    COMMAND ${tool} ${arg_MODEL} -o ${folder} --name ${arg_NAME} ${arg_OPTIONS}
-    DEPENDS ${arg_MODEL} ${tool_dependency} VERBATIM)
+    COMMAND ${tool} ${command} ${arg_MODEL} -o ${folder} --name ${arg_NAME} ${calibration}
+            ${arg_OPTIONS}
+    DEPENDS ${arg_MODEL} ${data_files} ${tool_dependency} VERBATIM)
   target_sources(${target} PRIVATE ${files})
   target_include_directories(${target} PRIVATE ${folder})
   target_link_libraries(${target} PRIVATE nnlib::nnlib)

@@ -6,11 +6,13 @@
     /usr/bin/python3 examples/digits/train.py
 
 writes beside itself cnn.onnx, separable.onnx, lstm.onnx and the data that the library is shown with:
-test_images.bin (8x8 bytes of 0 to 16 an image) and test_labels.bin (a byte an image). The halves are
-the first and the second half of the set, so the test half is written by people whom the training
-half has not seen. Prints how many images of the test half each network names right.
+test_images.bin (8x8 bytes of 0 to 16 an image), test_labels.bin (a byte an image), calibration.npy
+(64 images of the training half, as the networks get them) and right.json (how many images of the
+test half each network names right in PyTorch). The halves are the first and the second half of the
+set, so the test half is written by people whom the training half has not seen.
 """
 
+import json
 import pathlib
 
 import numpy as np
@@ -71,16 +73,18 @@ def main():
     (HERE / "test_images.bin").write_bytes(images[half:].astype(np.uint8).tobytes())
     (HERE / "test_labels.bin").write_bytes(digits.target[half:].astype(np.uint8).tobytes())
     scaled, labels = torch.tensor(images) / 16, torch.tensor(digits.target)
+    np.save(HERE / "calibration.npy", scaled[:half:14][:64].numpy())
+    right = {}
     for name, build, shape in (("cnn", cnn, (1, 8, 8)), ("separable", separable, (1, 8, 8)),
                                ("lstm", Rows, (8, 8))):
         torch.manual_seed(1)
         data = scaled.reshape(-1, *shape)
         model = train(build(), data[:half], labels[:half])
         with torch.no_grad():
-            right = int((model(data[half:]).argmax(1) == labels[half:]).sum())
+            right[name] = int((model(data[half:]).argmax(1) == labels[half:]).sum())
         torch.onnx.export(model, torch.zeros(1, *shape), HERE / (name + ".onnx"),
                           input_names=["image"], output_names=["scores"])
-        print("%-10s %d of %d right" % (name, right, len(images) - half))
+    (HERE / "right.json").write_text(json.dumps(right) + "\n")
 
 
 if __name__ == "__main__":
