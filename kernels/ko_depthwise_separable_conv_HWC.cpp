@@ -3,8 +3,24 @@
 
 #include "kernels/integer_convolution.hpp"
 #include "kernels/integer_depthwise.hpp"
+#include "kernels/vector.hpp"
 
 namespace nnlib {
+
+// A channel's weights, the first of them at `weights`.
+template <class Weight>
+NNLIB_NOINLINE void adapt_channel(const Weight* weights, int32_t zeropoint, AdaptedWeights order,
+                                  uint32_t channel, int16_t* adapted) {
+  const uint32_t to_next_pair = channel < (order.channels & ~3u) ? 7 : 1;
+  int16_t* to = adapted + order.index(channel, 0);
+  for (uint32_t tap = 0; tap < order.taps; ++tap, weights += order.channels) {
+    if (tap % 2 == 0 && tap + 1 == order.taps) {
+      to = adapted + order.index(channel, tap);
+    }
+    *to = static_cast<int16_t>(*weights - zeropoint);
+    to += tap % 2 == 0 ? 1 : to_next_pair;
+  }
+}
 
 template <class Types>
 void adapt_weights(const IntegerConvolution& c) {
@@ -12,11 +28,9 @@ void adapt_weights(const IntegerConvolution& c) {
   const AdaptedWeights order = {g.in_channels, g.kernel_width * g.kernel_height};
   const auto* weights = static_cast<const typename Types::Weight*>(c.weights);
   int16_t* adapted = static_cast<int16_t*>(c.scratch) + order.start();
-  for (uint32_t tap = 0; tap < order.taps; ++tap) {
-    for (uint32_t channel = 0; channel < order.channels; ++channel) {
-      adapted[order.index(channel, tap)] =
-          static_cast<int16_t>(*weights++ - weight_zeropoint<Types>(c.quantization, channel));
-    }
+  for (uint32_t channel = 0; channel < order.channels; ++channel) {
+    adapt_channel(weights + channel, weight_zeropoint<Types>(c.quantization, channel), order,
+                  channel, adapted);
   }
 }
 

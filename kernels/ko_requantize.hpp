@@ -8,10 +8,12 @@
 
 #include "kernels/ko_types.hpp"
 #include "kernels/saturate.hpp"
+#include "kernels/vector.hpp"
 
 namespace nnlib {
 
-inline int32_t requantize(int32_t acc, int32_t multiplier, int32_t shift, int32_t zeropoint) {
+NNLIB_INLINE_FOR_SPEED int32_t requantize(int32_t acc, int32_t multiplier, int32_t shift,
+                                          int32_t zeropoint) {
   const auto times = [multiplier](uint32_t factor) {
     return int64_t{static_cast<int32_t>(factor)} * multiplier;
   };

@@ -14,9 +14,9 @@ void widen_run(const Input* in, uint32_t count, int32_t subtracted, int16_t* out
   widen(in, count, subtracted, out);
 }
 
-// What kPixels columns give with all rows.
 template <uint32_t kPixels, class Rows, class Data>
-void multiply_tiles(const Rows& rows, const Data& columns, typename Rows::Output* out) {
+NNLIB_ALWAYS_INLINE void multiply_tiles(const Rows& rows, const Data& columns,
+                                        typename Rows::Output* out) {
   constexpr uint32_t kRows = kTileRows<kPixels>;
   TileProduct<kPixels, Rows> product(rows, columns);
   for (uint32_t row = 0; row < rows.count; row += kRows) {
@@ -24,9 +24,17 @@ void multiply_tiles(const Rows& rows, const Data& columns, typename Rows::Output
   }
 }
 
+// What one column, or all of two, give with all rows. Calls of their own: their loops need all
+// registers.
 template <class Rows>
-void multiply_one(const Rows& rows, const int16_t* vector, typename Rows::Output* out) {
+NNLIB_NOINLINE void multiply_one(const Rows& rows, const int16_t* vector,
+                                 typename Rows::Output* out) {
   multiply_tiles<1>(rows, vector, out);
+}
+template <class Rows>
+NNLIB_NOINLINE void multiply_two(const Rows& rows, const Columns& columns,
+                                 typename Rows::Output* out) {
+  multiply_tiles<2>(rows, columns, out);
 }
 
 template <class Rows>
@@ -35,9 +43,9 @@ struct WholeRows {
   typename Rows::Output* out;
   void operator()(const Columns& columns, size_t pixel) const {
     if (columns.pixels() == 2) {
-      multiply_tiles<2>(rows, columns, out + pixel * rows.count);
+      multiply_two(rows, columns, out + pixel * rows.count);
     } else {
-      multiply_tiles<1>(rows, columns, out + pixel * rows.count);
+      multiply_one(rows, columns.data(), out + pixel * rows.count);
     }
   }
 };

@@ -67,6 +67,24 @@
 #define NNLIB_ALWAYS_INLINE inline
 #endif
 
+// For bodies; Clang takes no noinline beside the target of the wide instances.
+#if defined(__GNUC__) && !defined(__clang__)
+#define NNLIB_NOINLINE __attribute__((noinline))
+#else
+#define NNLIB_NOINLINE
+#endif
+
+// What is worth its size only where speed is asked for.
+#if defined(__OPTIMIZE_SIZE__)
+#define NNLIB_FOR_SPEED 0
+#define NNLIB_INLINE_FOR_SPEED inline
+#define NNLIB_UNROLL_FOR_SPEED
+#else
+#define NNLIB_FOR_SPEED 1
+#define NNLIB_INLINE_FOR_SPEED NNLIB_ALWAYS_INLINE
+#define NNLIB_UNROLL_FOR_SPEED NNLIB_UNROLL
+#endif
+
 // Of loops that become vectors where there are any.
 #if defined(__GNUC__) && !defined(__clang__) && NNLIB_VECTOR_LANES == 1
 #define NNLIB_UNROLL_BY_FOUR _Pragma("GCC unroll 4")

@@ -100,7 +100,7 @@ void depthwise_row(const Depthwise<Activation>& d, uint32_t y, uint32_t channel,
 template <class Activation>
 uint32_t depthwise_blocks(const Depthwise<Activation>& d, uint32_t y, Activation* out) {
   if (d.order.taps > kMostTaps) {
-    return depthwise_fours(d, y, 0, out);
+    return depthwise_fours<true>(d, y, 0, out);
   }
   Taps taps;
   taps.count = d.order.taps;
@@ -114,5 +114,5 @@ uint32_t depthwise_blocks(const Depthwise<Activation>& d, uint32_t y, Activation
   for (uint32_t c = 0; c < channels; c += 8) {
     depthwise_row(d, y, c, taps, out + c);
   }
-  return depthwise_fours(d, y, channels, out);
+  return depthwise_fours<true>(d, y, channels, out);
 }

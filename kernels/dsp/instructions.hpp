@@ -88,6 +88,26 @@ NNLIB_ALWAYS_INLINE int32_t saturated(int32_t value) {
   }
 }
 
+// The Output of a sum, given twice, by a shift to the right of at least 1, the lowest byte of
+// `shift`: the shift's carry is what rounds.
+template <class Output>
+NNLIB_ALWAYS_INLINE int32_t requantized(int32_t twice_sum, int32_t multiplier, uint32_t shift,
+                                        int32_t zeropoint) {
+  int32_t value;
+#define NNLIB_REQUANTIZE(saturate)                                                               \
+  __asm__("smmul %0, %1, %2\n\tasrs %0, %0, %3\n\tadc %0, %0, %4\n\t" saturate " %0, %5, %0"     \
+          : "=&r"(value)                                                                         \
+          : "r"(twice_sum), "r"(multiplier), "r"(shift), "r"(zeropoint), "I"(8 * sizeof(Output)) \
+          : "cc")
+  if constexpr (std::is_signed_v<Output>) {
+    NNLIB_REQUANTIZE("ssat");
+  } else {
+    NNLIB_REQUANTIZE("usat");
+  }
+#undef NNLIB_REQUANTIZE
+  return value;
+}
+
 }  // namespace nnlib::dsp
 
 #endif

@@ -3,5 +3,5 @@
 
 template <class Activation>
 uint32_t depthwise_blocks(const Depthwise<Activation>& d, uint32_t y, Activation* out) {
-  return depthwise_fours(d, y, 0, out);
+  return depthwise_fours<NNLIB_FOR_SPEED>(d, y, 0, out);
 }
