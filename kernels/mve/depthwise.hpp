@@ -47,35 +47,78 @@ struct TapSteps {
   uint32_t width, rows;
 };
 
-// kPixels neighbouring outputs of the same taps: `taps` of each row, the first of them at `in` and
-// with the weights at `weights`.
-template <uint32_t kPixels, class Activation>
-NNLIB_ALWAYS_INLINE void depthwise_pixels(const TapSteps& s, const BlockOfFour& block,
-                                          const int16_t (*weights)[4], uint32_t taps,
-                                          const Activation* in, Activation* out) {
-  int32x4_t sums[kPixels];
-  int32x4_t weight_sum = vdupq_n_s32(0);
-  NNLIB_UNROLL
-  for (int32x4_t& sum : sums) {
-    sum = block.bias;
-  }
-  for (uint32_t row = s.rows; row > 0; --row, in += s.pitch, weights += s.width) {
-    const Activation* at = in;
-    const int16_t(*weight)[4] = weights;
-    for (uint32_t left = taps; left > 0; --left, ++weight, at += s.step) {
-      const int32x4_t w = vldrhq_s32(*weight);
-      const Activation* pixel = at;
-      weight_sum = vaddq_s32(weight_sum, w);
-      NNLIB_UNROLL
-      for (uint32_t p = 0; p < kPixels; ++p, pixel += s.next) {
-        sums[p] = vaddq_s32(sums[p], vmulq_s32(load_lanes(pixel), w));
-      }
+// The sum of the weights of `taps` columns of the window's rows, from `weights` on.
+inline int32x4_t sum_weights(const TapSteps& s, const int16_t (*weights)[4], uint32_t taps) {
+  int32x4_t sum = vdupq_n_s32(0);
+  for (uint32_t row = s.rows; row > 0; --row, weights += s.width) {
+    for (uint32_t tap = 0; tap < taps; ++tap) {
+      sum = vaddq_s32(sum, vldrhq_s32(weights[tap]));
     }
   }
-  const int32x4_t less = vmulq_n_s32(weight_sum, block.zeropoint);
+  return sum;
+}
+
+// What the sums of those taps' products with inputs as they are start from.
+NNLIB_ALWAYS_INLINE int32x4_t start_of(const TapSteps& s, const BlockOfFour& block,
+                                       const int16_t (*weights)[4], uint32_t taps) {
+  return vsubq_s32(block.bias, vmulq_n_s32(sum_weights(s, weights, taps), block.zeropoint));
+}
+
+// sums[p] += the products of a row of taps with the inputs of output p.
+template <size_t kPixels, class Activation>
+NNLIB_ALWAYS_INLINE void add_row(const TapSteps& s, const int16_t (*weights)[4], uint32_t taps,
+                                 const Activation* in, int32x4_t (&sums)[kPixels]) {
+  for (; taps > 0; --taps, ++weights, in += s.step) {
+    const int32x4_t w = vldrhq_s32(*weights);
+    const Activation* pixel = in;
+    NNLIB_UNROLL
+    for (size_t p = 0; p < kPixels; ++p, pixel += s.next) {
+      sums[p] = vaddq_s32(sums[p], vmulq_s32(load_lanes(pixel), w));
+    }
+  }
+}
+
+// The same for three taps and outputs side by side: each input is loaded once.
+template <size_t kPixels, class Activation>
+NNLIB_ALWAYS_INLINE void add_row_of_three(size_t step, const int16_t (*weights)[4],
+                                          const Activation* in, int32x4_t (&sums)[kPixels]) {
+  const int32x4_t first = vldrhq_s32(weights[0]);
+  const int32x4_t second = vldrhq_s32(weights[1]);
+  NNLIB_UNROLL
+  for (size_t x = 0; x < kPixels + 2; ++x, in += step) {
+    // Here the compiler would load ahead more than registers hold.
+    __asm__ volatile("" : : : "memory");
+    const int32x4_t values = load_lanes(in);
+    if (x < kPixels) {
+      sums[x] = vaddq_s32(sums[x], vmulq_s32(values, first));
+    }
+    if (x >= 1 && x - 1 < kPixels) {
+      sums[x - 1] = vaddq_s32(sums[x - 1], vmulq_s32(values, second));
+    }
+    if (x >= 2) {
+      sums[x - 2] = vaddq_s32(sums[x - 2], vmulq_s32(values, vldrhq_s32(weights[2])));
+    }
+  }
+}
+
+// kPixels neighbouring outputs of the same taps: `taps` of each row, the first of them at `in` and
+// with the weights at `weights`. start: start_of those taps.
+template <uint32_t kPixels, class Activation>
+NNLIB_ALWAYS_INLINE void depthwise_pixels(const TapSteps& s, const BlockOfFour& block,
+                                          int32x4_t start, const int16_t (*weights)[4],
+                                          uint32_t taps, const Activation* in, Activation* out) {
+  int32x4_t sums[kPixels];
   NNLIB_UNROLL
   for (int32x4_t& sum : sums) {
-    sum = vsubq_s32(sum, less);
+    sum = start;
+  }
+  const bool three = NNLIB_FOR_SPEED && kPixels > 1 && taps == 3 && s.next == s.step;
+  for (uint32_t row = s.rows; row > 0; --row, in += s.pitch, weights += s.width) {
+    if (three) {
+      add_row_of_three(s.step, weights, in, sums);
+    } else {
+      add_row(s, weights, taps, in, sums);
+    }
   }
   block.to_output.template finish<Activation>(sums);
   NNLIB_UNROLL
@@ -92,8 +135,9 @@ __attribute__((noinline)) void depthwise_ones(const ConvGeometry& g, const TapSt
                                               Activation* out) {
   for (; x < end; ++x) {
     const Window columns = g.columns(x);
-    depthwise_pixels<1>(s, block, weights + columns.tap, columns.count,
-                        row + columns.begin * s.step, out + x * s.step);
+    const auto* of_columns = weights + columns.tap;
+    depthwise_pixels<1>(s, block, start_of(s, block, of_columns, columns.count), of_columns,
+                        columns.count, row + columns.begin * s.step, out + x * s.step);
   }
 }
 
@@ -113,11 +157,12 @@ void depthwise_row(const Depthwise<Activation>& d, const Window& rows, uint32_t 
     begin = end = 0;
   }
   if (begin < end) {
+    const int32x4_t start = start_of(steps, block, weights, steps.width);
     const Activation* whole = row + d.g.columns(begin).begin * step;
     for (uint32_t x = begin; x < end; x += 4) {
       x = std::min(x, end - 4);  // the last four go back over what is done
-      depthwise_pixels<4>(steps, block, weights, steps.width, whole + (x - begin) * steps.next,
-                          out + x * step);
+      depthwise_pixels<4>(steps, block, start, weights, steps.width,
+                          whole + (x - begin) * steps.next, out + x * step);
     }
   }
   if (begin > 0) {
@@ -141,9 +186,9 @@ uint32_t depthwise_blocks(const Depthwise<Activation>& d, uint32_t y, Activation
   while (begin < d.g.out_width && !whole(begin)) {
     ++begin;
   }
-  uint32_t end = begin;
-  while (end < d.g.out_width && whole(end)) {
-    ++end;
+  uint32_t end = d.g.out_width;
+  while (end > begin && !whole(end - 1)) {
+    --end;
   }
   const uint32_t channels = d.order.channels & ~3u;
   for (uint32_t channel = 0; channel < channels; channel += 4) {
