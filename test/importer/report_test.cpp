@@ -109,6 +109,7 @@ TEST(Instructions, AreCountedFittedOrScaled) {
   EXPECT_EQ(fitted->basis, Basis::interpolated);
   EXPECT_NEAR(fitted->instructions, 1000 * (2 + 30.0 / 32 + 5.0 / 32), 0.5);
   EXPECT_EQ(estimate_of(three, 64, 8)->basis, Basis::counted);
+  EXPECT_NEAR(estimate_of(three, 64, 32)->instructions, 1000 * (2 + 30.0 / 64 + 5.0 / 32), 0.5);
   EXPECT_NEAR(estimate_of(three, 64, 8)->instructions, 1000 * (2 + 30.0 / 64 + 5.0 / 8), 0.5);
   const auto scaled = estimate_of(page_of({{8, 16}}), 500, 500);
   EXPECT_EQ(scaled->basis, Basis::scaled);
