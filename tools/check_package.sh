@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: MIT
 # Uses the libraries from a stranger's project in C in each supported way, on this machine and, with
 # a toolchain file that knows nothing of them, on an emulated Cortex-M3: add_subdirectory,
-# find_package and pkg-config.
+# find_package and pkg-config; and nnlib_import() of the package, with the importer of the release
+# build.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 work=$(mktemp -d)
@@ -46,6 +47,13 @@ cmake --build "$work/arm-subdirectory" -j2 --target conformance >"$work/log" 2>&
 [ "$(grep -o 'Suite.*<test_lcut_[a-z_]*' "$work/log" | sed 's/.*<test_lcut_//')" = $'gru\nsm_fixed' ]
 grep -q 'Total Cases: 11' "$work/log"
 echo "package: conformance suites in a program of its own"
+
+# A network imported by the tool that the release build installs, from its CMake function.
+models=$root/test/importer/models
+cmake --install "$root/build/release" --prefix "$work/tools" >/dev/null
+use import -- -DCMAKE_PREFIX_PATH="$work/tools" -DNETWORK="$models/cnn.onnx"
+"$work/import/network" "$models/data/cnn_onnx.input0.bin" "$models/data/cnn_onnx.output0.bin"
+echo "package: a network imported while the project is built"
 
 mv "$work/host" "$work/moved"
 PKG_CONFIG_PATH=$(dirname "$(find "$work/moved" -name nnlib.pc)")
