@@ -52,6 +52,22 @@ std::string Node::text(std::string_view attribute, std::string otherwise) const 
   return attribute_or(*this, attribute, std::move(otherwise));
 }
 
+std::optional<Node> Node::fused(const std::string& part) const {
+  const std::optional<Op> part_op = op_of_name(text(part));
+  if (!part_op) {
+    return std::nullopt;
+  }
+  Node node;
+  node.op = *part_op;
+  const std::string prefix = part + "_";
+  for (const auto& [attribute, value] : attributes) {
+    if (attribute.starts_with(prefix)) {
+      node.attributes[attribute.substr(prefix.size())] = value;
+    }
+  }
+  return node;
+}
+
 std::string Graph::unique_name(std::string wanted) {
   if (wanted.empty()) {
     wanted = "value";

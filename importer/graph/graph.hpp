@@ -4,6 +4,7 @@
 #define NNLIB_IMPORTER_GRAPH_GRAPH_HPP
 
 #include <map>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -38,6 +39,9 @@ struct Node {
                                 std::vector<int64_t> otherwise = {}) const;
   std::vector<double> numbers(std::string_view attribute, std::vector<double> otherwise = {}) const;
   std::string text(std::string_view attribute, std::string otherwise = {}) const;
+  // The node that was fused into this one as `part`: its operator is the attribute of that name,
+  // its attributes follow with "part_" before theirs.
+  std::optional<Node> fused(const std::string& part) const;
 };
 
 class Graph {

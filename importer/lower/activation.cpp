@@ -133,18 +133,8 @@ std::optional<Activation> activation_of(const Node& node) {
 }
 
 std::optional<Activation> fused_activation(const Node& node) {
-  if (!node.has("activation")) {
-    return std::nullopt;
-  }
-  Node activation;
-  activation.op = op_of_name(node.text("activation")).value_or(Op::identity);
-  constexpr std::string_view kPrefix = "activation_";
-  for (const auto& [name, attribute] : node.attributes) {
-    if (name.starts_with(kPrefix)) {
-      activation.attributes[name.substr(kPrefix.size())] = attribute;
-    }
-  }
-  return activation_of(activation);
+  const std::optional<Node> activation = node.fused("activation");
+  return activation ? activation_of(*activation) : std::nullopt;
 }
 
 std::optional<double> unary_value(const Node& node, double x) {

@@ -17,6 +17,7 @@ void complete(Graph& graph) {
   });
   compose(graph);
   fuse_activations(graph, [](const Node& node) { return activation_of(node).has_value(); });
+  fuse_pooling(graph);
 }
 
 }  // namespace nnlib::importer

@@ -3,16 +3,25 @@
 #include <cstring>
 
 #include "importer/lower/activation.hpp"
+#include "importer/lower/pool_window.hpp"
 #include "importer/lower/quantized.hpp"
 #include "layers_quantized/conv2d_fixed_choice.hpp"
 
 namespace nnlib::importer {
 namespace {
 
+// The pooling that a pass has fused into a convolution (pass/fusing.hpp).
+struct Pooled {
+  Op op;
+  PoolWindow window;
+  Value map;  // that is pooled, and never whole
+};
+
 struct Geometry {
   uint32_t in_channels, out_channels, groups;
   uint32_t kernel[2];  // y, x
   std::vector<int64_t> strides, dilations, pads;
+  std::optional<Pooled> pooled;
 };
 
 int64_t extent(int64_t in, int64_t before, int64_t after, int64_t kernel, int64_t dilation,
@@ -66,6 +75,25 @@ Geometry geometry_of(NetworkBuilder& b, const Node& node, bool depthwise) {
             "one value a channel");
   }
   return g;
+}
+
+uint64_t macs_of(const Geometry& g, const Value& map) {
+  return static_cast<uint64_t>(map.elements()) * g.kernel[0] * g.kernel[1] *
+         (g.in_channels / g.groups);
+}
+
+void add_pooling(Geometry& g, const Node& node, const Value& x, const Value& y) {
+  const std::optional<Node> pool = node.fused("pool");
+  if (!pool) {
+    return;
+  }
+  Value map = y;
+  for (size_t i = 0; i < 2; ++i) {
+    map.shape[i + 1] =
+        extent(x.shape[i + 1], g.pads[i], g.pads[i + 2], g.kernel[i], g.dilations[i], g.strides[i]);
+  }
+  check_map(map);
+  g.pooled = Pooled{pool->op, pool_window(*pool, map, y), map};
 }
 
 void check_output(const Geometry& g, const Value& x, const Value& y) {
@@ -165,6 +193,36 @@ Tensor* bias_of(NetworkBuilder& b, const Node& node, uint32_t channels) {
   return bias == nullptr ? nullptr : &b.constant_tensor("bias", *bias, {1, channels, 1, 1});
 }
 
+// Of one kind of numbers: a convolution alone, one with pooling, and the two that pool in it.
+struct Functions {
+  Function alone, pooling, maximum, average;
+};
+
+// A layer of input, output, weights and bias, with the fields of the convolution still to be set.
+LayerBuilder connected(NetworkBuilder& b, const Node& node, const Geometry& g,
+                       const Functions& functions, Tensor& weights, uint64_t macs) {
+  LayerBuilder layer =
+      g.pooled
+          ? b.layer<ai_layer_conv2d_nl_pool>(NNLIB_LAYER_TYPE(OPTIMIZED_CONV2D), functions.pooling)
+          : b.layer<ai_layer_conv2d>(NNLIB_LAYER_TYPE(CONV2D), functions.alone);
+  layer.input(b.tensor(node.input(0))).output(b.tensor(node.output())).weights(&weights).macs(macs);
+  if (Tensor* bias = bias_of(b, node, g.out_channels)) {
+    layer.weights(bias);
+  }
+  if (g.pooled) {
+    const PoolWindow& window = g.pooled->window;
+    const Shape& map = g.pooled->map.shape;
+    const auto rows = static_cast<uint32_t>(std::min(window.kernel[0], map[1]));
+    layer.scratch(b.scratch(format_of(b.value(node.output())),
+                            {1, g.out_channels, static_cast<uint32_t>(map[2]), rows}));
+    set_window<ai_layer_conv2d_nl_pool>(layer, window);
+    layer.set(NNLIB_MEMBER(ai_layer_conv2d_nl_pool, pool_func),
+              g.pooled->op == Op::max_pool ? functions.maximum : functions.average);
+    layer.inside("base");
+  }
+  return layer;
+}
+
 void set_geometry(LayerBuilder& layer, const Geometry& g, uint32_t groups) {
   const auto at = [](const std::vector<int64_t>& v, size_t i) {
     return static_cast<uint32_t>(v[i]);
@@ -176,16 +234,15 @@ void set_geometry(LayerBuilder& layer, const Geometry& g, uint32_t groups) {
            {at(g.pads, 0), at(g.pads, 1), at(g.pads, 2), at(g.pads, 3)});
 }
 
-uint64_t macs_of(const Geometry& g, const Value& map) {
-  return static_cast<uint64_t>(map.elements()) * g.kernel[0] * g.kernel[1] *
-         (g.in_channels / g.groups);
-}
-
 // --- float
 // ----------------------------------------------------------------------------------------
 
+const Functions kFloatFunctions = {
+    NNLIB_FUNCTION(forward_conv2d), NNLIB_FUNCTION(forward_conv2d_nl_pool),
+    NNLIB_FUNCTION(pool_func_mp_array_f32), NNLIB_FUNCTION(pool_func_ap_array_f32)};
+
 void lower_float(NetworkBuilder& b, const Node& node, const Geometry& g, bool depthwise,
-                 Function forward, const Value& counted) {
+                 const Functions& functions, const Value& counted) {
   const Value& w = b.value(node.input(1));
   const bool plain_depthwise = depthwise && g.out_channels == g.in_channels;
   Kernel kernel = depthwise ? of_depthwise(w) : of_ordinary(w);
@@ -194,14 +251,7 @@ void lower_float(NetworkBuilder& b, const Node& node, const Geometry& g, bool de
                                     : Dims{per_group, g.kernel[1], g.kernel[0], g.out_channels};
   Tensor& weights = b.constant_tensor("weights", w.type, dims,
                                       plain_depthwise ? *w.data : std::move(kernel.bytes), {});
-  LayerBuilder layer = b.layer<ai_layer_conv2d>(NNLIB_LAYER_TYPE(CONV2D), std::move(forward));
-  layer.input(b.tensor(node.input(0)))
-      .output(b.tensor(node.output()))
-      .weights(&weights)
-      .macs(macs_of(g, counted));
-  if (Tensor* bias = bias_of(b, node, g.out_channels)) {
-    layer.weights(bias);
-  }
+  LayerBuilder layer = connected(b, node, g, functions, weights, macs_of(g, counted));
   set_geometry(layer, g, g.groups);
   if (const auto activation = fused_activation(node)) {
     layer.set(NNLIB_MEMBER(ai_layer_conv2d, nl_func), activation->kernel);
@@ -215,13 +265,17 @@ void lower_float(NetworkBuilder& b, const Node& node, const Geometry& g, bool de
 // --- integer
 // --------------------------------------------------------------------------------------
 
+const Functions kIntegerFunctions = {
+    NNLIB_FUNCTION(forward_conv2d_integer), NNLIB_FUNCTION(forward_conv2d_nl_pool_integer),
+    NNLIB_FUNCTION(pool_func_mp_array_integer), NNLIB_FUNCTION(pool_func_ap_array_integer)};
+
 void lower_integer(NetworkBuilder& b, const Node& node, Geometry g, bool depthwise) {
   const Value& x = b.value(node.input(0));
   const Value& w = b.value(node.input(1));
   const Value& y = b.value(node.output());
   const Quantization weight_quantization =
       check_integer_weights(x, w, y, b.graph().find(node.input(2)), g.out_channels);
-  const uint64_t macs = macs_of(g, y);
+  const uint64_t macs = macs_of(g, g.pooled ? g.pooled->map : y);
   const bool dilated = g.dilations[0] != 1 || g.dilations[1] != 1;
   const bool one_each = g.groups == g.in_channels && g.out_channels == g.in_channels;
   Kernel kernel = depthwise ? of_depthwise(w) : of_ordinary(w);
@@ -237,23 +291,25 @@ void lower_integer(NetworkBuilder& b, const Node& node, Geometry g, bool depthwi
   Tensor& weights = b.constant_tensor(
       "weights", w.type, dims, depthwise_kernel ? depthwise_bytes(kernel) : std::move(kernel.bytes),
       weight_quantization);
-  LayerBuilder layer =
-      b.layer<ai_layer_conv2d>(NNLIB_LAYER_TYPE(CONV2D), NNLIB_FUNCTION(forward_conv2d_integer));
-  layer.input(b.tensor(node.input(0))).output(b.tensor(node.output())).weights(&weights).macs(macs);
-  if (Tensor* bias = bias_of(b, node, g.out_channels)) {
-    layer.weights(bias);
-  }
+  LayerBuilder layer = connected(b, node, g, kIntegerFunctions, weights, macs);
   set_geometry(layer, g, groups);
-  layer.scratch(b.scratch(ai_conv2d_integer_scratch_size(&layer.as<ai_layer_conv2d>())));
+  layer.scratch(b.scratch(
+      g.pooled ? ai_conv2d_nl_pool_integer_scratch_size(&layer.as<ai_layer_conv2d_nl_pool>())
+               : ai_conv2d_integer_scratch_size(&layer.as<ai_layer_conv2d>())));
 }
 
 // --- fixed point
 // ----------------------------------------------------------------------------------
 
+const Functions kFixedFunctions = {
+    NNLIB_FUNCTION(forward_conv2d_fixed), NNLIB_FUNCTION(forward_conv2d_nl_pool_fixed),
+    NNLIB_FUNCTION(pool_func_mp_array_fixed), NNLIB_FUNCTION(pool_func_ap_array_fixed)};
+
 void lower_fixed(NetworkBuilder& b, const Node& node, const Geometry& g, bool depthwise) {
   const Value x = b.value(node.input(0));
   const Value w = b.value(node.input(1));
   const Value y = b.value(node.output());
+  const Value& map = g.pooled ? g.pooled->map : y;
   check_fixed(x, w, y, b.graph().find(node.input(2)));
   const auto at = [](const std::vector<int64_t>& v, size_t i) {
     return static_cast<uint32_t>(v[i]);
@@ -261,7 +317,7 @@ void lower_fixed(NetworkBuilder& b, const Node& node, const Geometry& g, bool de
   const auto size = [](const Value& v, size_t i) { return static_cast<uint32_t>(v.shape[i]); };
   const ConvGeometry geometry{size(x, 2),       size(x, 1),       g.in_channels, g.out_channels,
                               g.kernel[1],      g.kernel[0],      at(g.pads, 1), at(g.pads, 0),
-                              at(g.strides, 1), at(g.strides, 0), size(y, 2),    size(y, 1)};
+                              at(g.strides, 1), at(g.strides, 0), size(map, 2),  size(map, 1)};
   const uint32_t bits = 8 * static_cast<uint32_t>(type_bytes(x.type));
   require(g.dilations[0] == 1 && g.dilations[1] == 1, "dilation is not available for fixed point");
   require(choose_fixed_conv({bits, g.groups, geometry}, false) != FixedConvKernel::kUnsupported,
@@ -274,26 +330,22 @@ void lower_fixed(NetworkBuilder& b, const Node& node, const Geometry& g, bool de
   Tensor& weights = b.constant_tensor(
       "weights", w.type, dims, by_channel ? depthwise_bytes(kernel) : std::move(kernel.bytes),
       w.quantization);
-  LayerBuilder layer =
-      b.layer<ai_layer_conv2d>(NNLIB_LAYER_TYPE(CONV2D), NNLIB_FUNCTION(forward_conv2d_fixed));
-  layer.input(b.tensor(node.input(0)))
-      .output(b.tensor(node.output()))
-      .weights(&weights)
-      .macs(macs_of(g, y));
-  if (Tensor* bias = bias_of(b, node, g.out_channels)) {
-    layer.weights(bias);
-  }
+  LayerBuilder layer = connected(b, node, g, kFixedFunctions, weights, macs_of(g, map));
   set_geometry(layer, g, g.groups);
-  layer.scratch(b.scratch(ai_conv2d_fixed_scratch_size(&layer.as<ai_layer_conv2d>())));
+  layer.scratch(b.scratch(
+      g.pooled ? ai_conv2d_nl_pool_fixed_scratch_size(&layer.as<ai_layer_conv2d_nl_pool>())
+               : ai_conv2d_fixed_scratch_size(&layer.as<ai_layer_conv2d>())));
 }
 
 void lower_forward(NetworkBuilder& b, const Node& node, bool depthwise) {
   const Value x = b.value(node.input(0));
   const Value y = b.value(node.output());
-  const Geometry g = geometry_of(b, node, depthwise);
-  check_output(g, x, y);
+  Geometry g = geometry_of(b, node, depthwise);
+  add_pooling(g, node, x, y);
+  const Value& map = g.pooled ? g.pooled->map : y;
+  check_output(g, x, map);
   if (x.type == Type::f32) {
-    lower_float(b, node, g, depthwise, NNLIB_FUNCTION(forward_conv2d), y);
+    lower_float(b, node, g, depthwise, kFloatFunctions, map);
   } else if (is_fixed(x)) {
     lower_fixed(b, node, g, depthwise);
   } else {
@@ -311,7 +363,7 @@ void depthwise_conv2d(NetworkBuilder& b, const Node& node) {
 void conv2d_transpose(NetworkBuilder& b, const Node& node) {
   const Value x = b.value(node.input(0));
   const Geometry g = geometry_of(b, node, false);
-  lower_float(b, node, g, false, NNLIB_FUNCTION(forward_conv2d_transpose), x);
+  lower_float(b, node, g, false, {NNLIB_FUNCTION(forward_conv2d_transpose), {}, {}, {}}, x);
 }
 
 constexpr Lowering kRows[] = {

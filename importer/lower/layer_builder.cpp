@@ -61,11 +61,11 @@ LayerBuilder& LayerBuilder::append(uint32_t list, Tensor* tensor) {
   entries.push_back(tensor != nullptr ? &tensor->record : nullptr);
   layer_.list_records[list] = {static_cast<uint16_t>(entries.size()), entries.data(), nullptr};
   if (tensor != nullptr && tensor->storage.buffer != nullptr) {
-    Buffer& buffer = *tensor->storage.buffer;
     if (list == AI_CHAIN_OUTPUT || list == AI_CHAIN_SCRATCH) {
-      buffer.first = buffer.first == kUnset ? index_ : std::min(buffer.first, index_);
+      tensor->storage.buffer->written(index_);
+    } else {
+      tensor->storage.buffer->read(index_);
     }
-    buffer.last = std::max(buffer.last, index_);
   }
   return *this;
 }

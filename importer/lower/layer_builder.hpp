@@ -64,6 +64,11 @@ class LayerBuilder {
     return number(m, reinterpret_cast<M>(function.pointer), function.name);
   }
 
+  // What is set next are members of the record's first member, which has this name; "" ends it.
+  LayerBuilder& inside(const std::string& member) {
+    path_ = member.empty() ? "" : member + ".";
+    return *this;
+  }
   LayerBuilder& macs(uint64_t count) {
     layer_.macs = count;
     return *this;
@@ -93,7 +98,7 @@ class LayerBuilder {
   LayerBuilder& number(const Member<M>& m, T value, std::string text) {
     static_assert(sizeof(M) == sizeof(T));
     std::memcpy(reinterpret_cast<char*>(layer_.memory.get()) + m.offset, &value, sizeof(T));
-    layer_.fields.push_back({m.name, std::move(text)});
+    layer_.fields.push_back({path_ + m.name, std::move(text)});
     return *this;
   }
   LayerBuilder& append(uint32_t list, Tensor* tensor);
@@ -102,6 +107,7 @@ class LayerBuilder {
   Network& network_;
   Layer& layer_;
   int index_;
+  std::string path_;
 };
 
 }  // namespace nnlib::importer

@@ -42,9 +42,9 @@ void check_types(const Graph& graph, const Node& node, const Lowering& row) {
 
 }  // namespace
 
-std::unique_ptr<Network> lower(const Graph& graph) {
+std::unique_ptr<Network> lower(const Graph& graph, const Sharing& sharing) {
   Refusals refusals;
-  NetworkBuilder builder(graph);
+  NetworkBuilder builder(graph, sharing);
   for (const Node& node : graph.nodes) {
     try {
       const Lowering* row = lowering_of(node.op);

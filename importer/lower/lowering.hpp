@@ -58,7 +58,7 @@ std::span<const Lowering> normalization_lowerings();
 std::span<const Lowering> recurrent_lowerings();
 
 // Builds the network of a graph whose shapes are all known. Throws Refused with all reasons.
-std::unique_ptr<Network> lower(const Graph& graph);
+std::unique_ptr<Network> lower(const Graph& graph, const Sharing& sharing = {});
 
 }  // namespace nnlib::importer
 

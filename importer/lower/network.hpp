@@ -4,6 +4,7 @@
 #ifndef NNLIB_IMPORTER_LOWER_NETWORK_HPP
 #define NNLIB_IMPORTER_LOWER_NETWORK_HPP
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <deque>
@@ -53,6 +54,24 @@ struct Buffer {
   int first = kUnset;
   int last = -1;
   bool is_scratch = false;
+  // The buffer that this one is a part of, `offset` bytes after its start, and that lives whenever
+  // a part does.
+  Buffer* whole = nullptr;
+  uint32_t offset = 0;
+
+  void written(int layer) {
+    first = first == kUnset ? layer : std::min(first, layer);
+    read(layer);
+    if (whole != nullptr) {
+      whole->written(layer);
+    }
+  }
+  void read(int layer) {
+    last = std::max(last, layer);
+    if (whole != nullptr) {
+      whole->read(layer);
+    }
+  }
 };
 
 // Where a tensor's elements are: exactly one of the two.

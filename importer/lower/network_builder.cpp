@@ -85,8 +85,11 @@ ai_array_format format_of(const Value& value) {
   return format_of(value.type, value.quantization);
 }
 
-NetworkBuilder::NetworkBuilder(Graph graph)
-    : graph_(std::move(graph)), network_(std::make_unique<Network>()) {
+NetworkBuilder::NetworkBuilder(Graph graph, const Sharing& sharing)
+    : graph_(std::move(graph)),
+      sharing_(sharing),
+      parts_(parts_of_concatenations(graph_, sharing)),
+      network_(std::make_unique<Network>()) {
   network_->name = graph_.name;
   for (size_t i = 0; i < graph_.inputs.size(); ++i) {
     prefix_ = graph_.inputs.size() == 1 ? "model_input" : "model_input_" + std::to_string(i + 1);
@@ -136,6 +139,10 @@ Storage NetworkBuilder::place_of(ValueId id) {
   if (const auto found = places_.find(id); found != places_.end()) {
     return found->second;
   }
+  if (const auto part = parts_.find(id); part != parts_.end()) {
+    place_inside(id, part->second.whole, part->second.offset);
+    return places_.at(id);
+  }
   const Value& v = value(id);
   const uint64_t bytes = dims_of(v.shape).elements() * type_bytes(v.type);
   Storage place;
@@ -155,7 +162,40 @@ void NetworkBuilder::alias(ValueId to, ValueId from) {
     throw Refused("tensors '" + value(from).name + "' and '" + value(to).name +
                   "' should have the same elements");
   }
-  places_[to] = place_of(from);
+  if (parts_.contains(to)) {
+    copy(from, to);
+  } else {
+    places_[to] = place_of(from);
+  }
+}
+
+void NetworkBuilder::place_inside(ValueId to, ValueId from, uint64_t offset) {
+  Buffer& whole = *place_of(from).buffer;
+  const Value& v = value(to);
+  const uint64_t bytes = dims_of(v.shape).elements() * type_bytes(v.type);
+  if (bytes == 0 || offset + bytes > whole.bytes) {
+    throw Refused("tensor '" + v.name + "' does not fit into '" + value(from).name + "'");
+  }
+  Buffer& part = network_->buffers.emplace_back(
+      Buffer{unique(prefix_ + "_part_memory"), static_cast<uint32_t>(bytes)});
+  part.whole = &whole;
+  part.offset = static_cast<uint32_t>(offset);
+  places_[to] = {nullptr, &part};
+}
+
+bool NetworkBuilder::lies_inside(ValueId id, ValueId whole, uint64_t offset) {
+  const Buffer* part = place_of(id).buffer;
+  return part != nullptr && part->whole != nullptr && part->whole == place_of(whole).buffer &&
+         part->offset == offset;
+}
+
+bool NetworkBuilder::view(ValueId to, ValueId from, uint64_t offset) {
+  if (!sharing_.slices || offset % sharing_.alignment != 0 || parts_.contains(to) ||
+      place_of(from).buffer == nullptr) {
+    return false;
+  }
+  place_inside(to, from, offset);
+  return true;
 }
 
 ValueId NetworkBuilder::temporary(Type type, Shape shape,
@@ -298,13 +338,14 @@ LayerBuilder NetworkBuilder::add_layer(size_t bytes, RecordKind kind, LayerType 
 }
 
 void NetworkBuilder::copy(ValueId from, ValueId to) {
-  const int32_t end = static_cast<int32_t>(dims_of(value(from).shape).c);
+  const Dims dims = dims_of(value(from).shape);
+  const int32_t end = static_cast<int32_t>(dims.c);
   const std::vector<int32_t> zero = {0};
   const std::vector<int32_t> all = {end};
   const std::vector<uint32_t> axis = {AI_SHAPE_C};
   layer<ai_layer_slice>(NNLIB_LAYER_TYPE(SLICE), NNLIB_FUNCTION(forward_slice))
       .input(tensor(from))
-      .output(tensor(to))
+      .output(tensor(to, dims))
       .set(NNLIB_MEMBER(ai_layer_slice, axes), parameters<uint32_t>("axes", axis))
       .set(NNLIB_MEMBER(ai_layer_slice, starts), parameters<int32_t>("starts", zero))
       .set(NNLIB_MEMBER(ai_layer_slice, ends), parameters<int32_t>("ends", all));
@@ -351,7 +392,7 @@ std::unique_ptr<Network> NetworkBuilder::finish() {
     copy_output(graph_.outputs[0]);
   }
   for (const ValueId id : graph_.outputs) {
-    places_.at(id).buffer->last = static_cast<int>(network_->layers.size());
+    places_.at(id).buffer->read(static_cast<int>(network_->layers.size()));
   }
   make_ports();
   return std::move(network_);

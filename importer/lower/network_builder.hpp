@@ -9,6 +9,7 @@
 
 #include "importer/graph/graph.hpp"
 #include "importer/lower/layer_builder.hpp"
+#include "importer/lower/parts.hpp"
 
 namespace nnlib::importer {
 
@@ -67,7 +68,7 @@ ai_array_format format_of(const Value& value);
 class NetworkBuilder {
  public:
   // The graph is taken over: lowerings may add values to it.
-  explicit NetworkBuilder(Graph graph);
+  explicit NetworkBuilder(Graph graph, const Sharing& sharing = {});
 
   Graph& graph() { return graph_; }
   const Value& value(ValueId id) const { return graph_.value(id); }
@@ -78,6 +79,11 @@ class NetworkBuilder {
   Tensor& tensor(ValueId id, Dims dims);
   // `to` has the elements of `from` in the same place: a reshape.
   void alias(ValueId to, ValueId from);
+  // `to` lies in the place of `from`, `offset` bytes after its start.
+  void place_inside(ValueId to, ValueId from, uint64_t offset);
+  bool lies_inside(ValueId id, ValueId whole, uint64_t offset);
+  // `to` becomes a run of the elements of `from` where they are; false where it cannot.
+  bool view(ValueId to, ValueId from, uint64_t offset);
   // A layer that does nothing but copy.
   void copy(ValueId from, ValueId to);
   // A value that lowering needs between two layers of one node.
@@ -132,6 +138,8 @@ class NetworkBuilder {
   void make_ports();
 
   Graph graph_;
+  Sharing sharing_;
+  std::map<ValueId, Part> parts_;
   std::unique_ptr<Network> network_;
   std::map<ValueId, Storage> places_;
   std::map<std::pair<const Constant*, const Buffer*>, std::vector<Tensor*>> views_;

@@ -22,18 +22,19 @@ void reshape(NetworkBuilder& b, const Node& node) {
   b.alias(node.output(), node.input(0));
 }
 
-// The value with the scale and the zero point of another one, by a table.
-ValueId requantized(NetworkBuilder& b, ValueId id, const Value& like) {
+bool needs_table(const Value& x, const Value& like) {
+  return is_quantized(x) && is_quantized(like) && !same_quantization(x, like) &&
+         x.type == like.type;
+}
+
+// A value with the scale and the zero point of another one.
+void requantize(NetworkBuilder& b, ValueId id, ValueId out) {
   const Value x = b.value(id);
-  if (!is_quantized(x) || !is_quantized(like) || same_quantization(x, like) ||
-      x.type != like.type) {
-    return id;
-  }
+  const Value like = b.value(out);
   check_activation(x);
   check_activation(like);
   Node table;
   table.op = Op::requantize;
-  const ValueId out = b.temporary(x.type, x.shape, like.quantization);
   Tensor& from = b.tensor(id);
   Tensor& to = b.tensor(out);
   b.layer<ai_layer_nl>(NNLIB_LAYER_TYPE(NL), NNLIB_FUNCTION(forward_nl_integer))
@@ -42,21 +43,50 @@ ValueId requantized(NetworkBuilder& b, ValueId id, const Value& like) {
       .in_place(to, from)
       .set(NNLIB_MEMBER(ai_layer_nl, nl_params),
            b.parameters("table", format_of(x.type), unary_table(table, x, like)));
-  return out;
+}
+
+// The inputs that are not yet where they belong in the output are brought there, if some are.
+bool concat_in_place(NetworkBuilder& b, const Node& node) {
+  struct Missing {
+    ValueId id;
+    uint64_t offset;
+  };
+  std::vector<Missing> missing;
+  uint64_t offset = 0;
+  for (const ValueId id : node.inputs) {
+    const Value& x = b.value(id);
+    if (!b.lies_inside(id, node.output(), offset)) {
+      missing.push_back({id, offset});
+    }
+    offset += static_cast<uint64_t>(x.elements()) * type_bytes(x.type);
+  }
+  if (missing.size() == node.inputs.size()) {
+    return false;
+  }
+  const Value y = b.value(node.output());
+  for (const Missing& m : missing) {
+    const Value x = b.value(m.id);
+    const ValueId part = b.temporary(y.type, x.shape, y.quantization);
+    b.place_inside(part, node.output(), m.offset);
+    if (needs_table(x, y)) {
+      requantize(b, m.id, part);
+    } else {
+      b.copy(m.id, part);
+    }
+  }
+  return true;
 }
 
 void concat(NetworkBuilder& b, const Node& node) {
   const Value y = b.value(node.output());
-  std::vector<ValueId> inputs;
-  for (const ValueId id : node.inputs) {
-    inputs.push_back(requantized(b, id, y));
-  }
   const auto axis = static_cast<size_t>(node.integer("axis"));
-  require(axis < y.shape.size() && !inputs.empty(), "the axis does not exist");
+  require(axis < y.shape.size() && !node.inputs.empty(), "the axis does not exist");
   int64_t total = 0;
-  for (const ValueId id : inputs) {
+  for (const ValueId id : node.inputs) {
     const Value& x = b.value(id);
-    check_moved(x, y);
+    if (!needs_table(x, y)) {
+      check_moved(x, y);
+    }
     Shape expected = y.shape;
     require(x.rank() == y.rank(), "the inputs do not fit together");
     expected[axis] = x.shape[axis];
@@ -64,6 +94,18 @@ void concat(NetworkBuilder& b, const Node& node) {
     total += x.shape[axis];
   }
   require(total == y.shape[axis], "the inputs do not fit together");
+  if (concat_in_place(b, node)) {
+    return;
+  }
+  std::vector<ValueId> inputs;
+  for (const ValueId id : node.inputs) {
+    const Value x = b.value(id);
+    inputs.push_back(id);
+    if (needs_table(x, y)) {
+      inputs.back() = b.temporary(x.type, x.shape, y.quantization);
+      requantize(b, id, inputs.back());
+    }
+  }
   const auto dims = [axis](const Value& v) {
     const Around a = around(v.shape, axis);
     return Dims{1, a.middle * a.inner, a.outer, 1};
@@ -118,9 +160,10 @@ void slice(NetworkBuilder& b, const Node& node) {
     }
   }
   ValueId cut = skipped.empty() ? node.output() : b.temporary(x.type, shape, x.quantization);
+  const auto run = skipped.empty() ? run_of_slice(b.graph(), node) : std::nullopt;
   if (shape == x.shape) {
     b.alias(cut, node.input(0));
-  } else {
+  } else if (!run || !b.view(cut, node.input(0), *run)) {
     const auto dims = slice_dims(x.shape, starts, ends);
     require(dims.has_value(), "more than four dimensions are cut");
     LayerBuilder layer =

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "importer/main/import_model.hpp"
 
+#include <algorithm>
+
 #include "importer/graph/refusals.hpp"
 #include "importer/lower/complete.hpp"
 #include "importer/lower/lowering.hpp"
@@ -33,6 +35,7 @@ Graph run_passes(Graph graph, const ImportOptions& options) {
   if (options.float_ports) {
     add_float_ports(graph);
   }
+  fuse_biases(graph);
   fold_batch_norm(graph);
   pool_means(graph);
   return graph;
@@ -69,18 +72,49 @@ Graph prepare(Graph graph, const ImportOptions& options) {
   return finish(simplify(std::move(graph), options));
 }
 
+namespace {
+
+// With parts of other tensors in place and without: parts save copies, but keep what they are a
+// part of. The least memory comes first, then the fewest layers.
+std::vector<Imported> lowered_ways(const Graph& prepared, uint32_t alignment) {
+  const bool can_share =
+      std::any_of(prepared.nodes.begin(), prepared.nodes.end(),
+                  [](const Node& node) { return node.op == Op::concat || node.op == Op::slice; });
+  std::vector<Imported> ways;
+  for (const auto& [concatenations, slices] :
+       {std::pair{false, false}, {true, true}, {true, false}, {false, true}}) {
+    Imported one;
+    one.network = lower(prepared, {concatenations, slices, alignment});
+    one.memory = plan_memory(*one.network, alignment);
+    ways.push_back(std::move(one));
+    if (!can_share) {
+      break;
+    }
+  }
+  std::stable_sort(ways.begin(), ways.end(), [](const Imported& a, const Imported& b) {
+    return std::pair{a.memory.plan.bytes, a.network->layers.size()} <
+           std::pair{b.memory.plan.bytes, b.network->layers.size()};
+  });
+  return ways;
+}
+
+}  // namespace
+
 Imported build(const Graph& prepared, const ImportOptions& options) {
-  Imported result;
-  result.network = lower(prepared);
-  result.memory = plan_memory(*result.network, options.alignment);
+  if (prepared.inputs.empty()) {
+    throw Refused("the network has no inputs: its outputs are constants");
+  }
   std::string findings;
-  for (const std::string& finding : Runner(*result.network, result.memory).findings()) {
-    findings += (findings.empty() ? "the network is not sound: " : "\n") + finding;
+  for (Imported& way : lowered_ways(prepared, options.alignment)) {
+    findings.clear();
+    for (const std::string& finding : Runner(*way.network, way.memory).findings()) {
+      findings += (findings.empty() ? "the network is not sound: " : "\n") + finding;
+    }
+    if (findings.empty()) {
+      return std::move(way);
+    }
   }
-  if (!findings.empty()) {
-    throw Refused(findings);
-  }
-  return result;
+  throw Refused(findings);
 }
 
 Imported import_model(std::span<const uint8_t> file, const ImportOptions& options) {

@@ -3,32 +3,13 @@
 
 #include <algorithm>
 
+#include "importer/pass/readers.hpp"
+
 namespace nnlib::importer {
 namespace {
 
-// The only reader of the node's only output, or null.
-Node* only_reader(Graph& graph, const Node& node) {
-  const ValueId out = node.output();
-  if (node.outputs.size() != 1 || graph.is_output(out)) {
-    return nullptr;
-  }
-  const auto readers = graph.consumers(out);
-  if (readers.size() != 1) {
-    return nullptr;
-  }
-  Node& reader = graph.nodes[static_cast<size_t>(readers[0])];
-  return std::count(reader.inputs.begin(), reader.inputs.end(), out) == 1 ? &reader : nullptr;
-}
-
 bool is_convolution(Op op) {
   return op == Op::conv2d || op == Op::depthwise_conv2d || op == Op::conv2d_transpose;
-}
-
-// The reader does nothing any more; the node writes its result.
-void take_over(Node& node, Node& reader) {
-  node.outputs = reader.outputs;
-  reader.inputs.clear();
-  reader.outputs.clear();
 }
 
 }  // namespace
@@ -43,10 +24,36 @@ void fuse_activations(Graph& graph, const std::function<bool(const Node&)>& is_f
     if (reader == nullptr || reader->inputs.size() != 1 || !is_function(*reader)) {
       continue;
     }
-    node.attributes["activation"] = std::string(op_name(reader->op));
-    for (const auto& [name, attribute] : reader->attributes) {
-      node.attributes["activation_" + name] = attribute;
+    fuse_reader("activation", node, *reader);
+  }
+  graph.remove_dead();
+}
+
+void fuse_biases(Graph& graph) {
+  for (Node& node : graph.nodes) {
+    Node* reader = only_reader(graph, node);
+    if ((!is_convolution(node.op) && node.op != Op::dense) || node.has("activation") ||
+        reader == nullptr || reader->op != Op::add) {
+      continue;
     }
+    const Value& sum = graph.value(reader->output());
+    const Value& map = graph.value(node.output());
+    const Value& added = graph.value(reader->inputs[reader->inputs[0] == node.output() ? 1 : 0]);
+    const Value* bias = graph.find(node.input(2));
+    const auto channels = static_cast<size_t>(map.shape.empty() ? 0 : map.shape.back());
+    if (map.type != Type::f32 || sum.shape != map.shape || !added.constant() ||
+        added.elements() != static_cast<int64_t>(channels) ||
+        added.shape.back() != added.elements() ||
+        (bias != nullptr && (!bias->constant() || bias->elements() != added.elements()))) {
+      continue;
+    }
+    std::vector<float> both(added.as<float>().begin(), added.as<float>().end());
+    for (size_t c = 0; bias != nullptr && c < channels; ++c) {
+      both[c] += bias->as<float>()[c];
+    }
+    const std::string name = added.name;
+    node.inputs = {node.input(0), node.input(1),
+                   graph.add_constant<float>(name, {static_cast<int64_t>(channels)}, both)};
     take_over(node, *reader);
   }
   graph.remove_dead();

@@ -22,10 +22,16 @@ bool meet(const Block& a, const Block& b) {
 
 class Groups {
  public:
-  explicit Groups(std::span<const PlanItem> items) : parent_(items.size()) {
+  explicit Groups(std::span<const PlanItem> items)
+      : items_(items), parent_(items.size()), shift_(items.size()), taken_(items.size()) {
     std::iota(parent_.begin(), parent_.end(), size_t{0});
-    for (const PlanItem& item : items) {
+    for (size_t i = 0; i < items.size(); ++i) {
+      const PlanItem& item = items[i];
       blocks_.push_back({item.bytes, item.first, item.last, item.scratch});
+      if (is_part(i)) {
+        parent_[i] = static_cast<size_t>(item.whole);
+        shift_[i] = item.offset;
+      }
     }
   }
 
@@ -36,6 +42,8 @@ class Groups {
     return i;
   }
   const Block& block(size_t root) const { return blocks_[root]; }
+  // Of an item from the start of its block.
+  uint32_t shift(size_t i) const { return parent_[i] == i ? 0 : shift_[i] + shift(parent_[i]); }
 
   // The output begins at the step at which the input is read for the last time.
   bool join(const PlanOverlay& overlay) {
@@ -43,7 +51,13 @@ class Groups {
     const size_t out = root(overlay.output);
     Block& before = blocks_[in];
     const Block& after = blocks_[out];
-    if (in == out || before.last != overlay.step || after.first != overlay.step) {
+    if (in == out || before.last != overlay.step || has_parts_in_use(in, overlay)) {
+      return false;
+    }
+    if (is_part(overlay.output)) {
+      return join_into_part(in, overlay);
+    }
+    if (after.first != overlay.step) {
       return false;
     }
     parent_[out] = in;
@@ -52,7 +66,39 @@ class Groups {
   }
 
  private:
+  bool is_part(size_t i) const { return items_[i].whole != kNoItem; }
+
+  // Another operand of the step may be a part of the input, or the input lie inside of another.
+  bool has_parts_in_use(size_t in, const PlanOverlay& overlay) const {
+    if (is_part(overlay.input)) {
+      return true;
+    }
+    for (size_t i = 0; i < items_.size(); ++i) {
+      if (is_part(i) && root(i) == in && (items_[i].last >= overlay.step || overlay.input != in)) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  // The part is written only now, so that its place serves the input before; the whole must not
+  // have to live longer for it.
+  bool join_into_part(size_t in, const PlanOverlay& overlay) {
+    const PlanItem& part = items_[overlay.output];
+    const Block& block = blocks_[in];
+    if (taken_[overlay.output] || part.first != overlay.step || block.bytes > part.bytes ||
+        block.first < blocks_[root(overlay.output)].first) {
+      return false;
+    }
+    taken_[overlay.output] = true;
+    parent_[in] = overlay.output;
+    return true;
+  }
+
+  std::span<const PlanItem> items_;
   std::vector<size_t> parent_;
+  std::vector<uint32_t> shift_;
+  std::vector<bool> taken_;  // parts that have another item in their place
   std::vector<Block> blocks_;
 };
 
@@ -176,7 +222,7 @@ Plan make_plan(std::span<const PlanItem> items, std::span<const PlanOverlay> ove
   const Layout layout = search(blocks, most_at_once(blocks, true, alignment), alignment);
   plan.bytes = layout.bytes;
   for (size_t i = 0; i < items.size(); ++i) {
-    plan.offsets.push_back(layout.offsets[block_of[groups.root(i)]]);
+    plan.offsets.push_back(layout.offsets[block_of[groups.root(i)]] + groups.shift(i));
   }
   return plan;
 }

@@ -9,15 +9,22 @@
 
 namespace nnlib::importer {
 
+constexpr int kNoItem = -1;
+
 // Something that needs memory from step `first` to step `last`, both included.
 struct PlanItem {
   uint32_t bytes;
   int first;
   int last;
   bool scratch = false;
+  // The item that this one is a part of, `offset` bytes after its start; it lives whenever a part
+  // does. `first` of a part is the step that writes it.
+  int whole = kNoItem;
+  uint32_t offset = 0;
 };
 
-// Item `output`, first written at `step`, may lie where item `input` does.
+// Item `output`, first written at `step`, may lie where item `input` does. A part's place is given
+// to no other item; a part may be the output.
 struct PlanOverlay {
   size_t output;
   size_t input;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // ONNX LSTM, GRU and RNN: as recurrent layers where these compute the same, else step by step.
 #include <algorithm>
+#include <map>
+#include <tuple>
 
 #include "importer/read/onnx_context.hpp"
 
@@ -57,8 +59,25 @@ class Recurrent {
   virtual bool fits_layer(const Direction& d) const = 0;
   // One batch item: x [T, F] to [T, U], or to [1, U] with the last state alone.
   virtual ValueId layer(const Direction& d, ValueId x, bool whole) = 0;
-  // One step of the whole batch: wx [B, gates * U] and the states [B, U] to the new states.
-  virtual void step(const Direction& d, ValueId wx, ValueId& h, ValueId& cell) = 0;
+  // One step of the whole batch: x [B, F] and the states [B, U] to the new states; an absent state
+  // is 0.
+  virtual void step(const Direction& d, ValueId x, ValueId& h, ValueId& cell) = 0;
+
+  // The sums of `count` neighbouring gates [B, count * U] from input and state.
+  ValueId sums(const Direction& d, ValueId x, ValueId h, int64_t first, int64_t count) {
+    const auto key = std::tuple{d.backwards, h == kAbsent, first, count};
+    auto [known, added] = blocks_.try_emplace(key);
+    if (added) {
+      const auto block = [&](ValueId of) {
+        return b.narrow(of, 0, first * s.units, count * s.units);
+      };
+      const ValueId kernel = block(d.kernel);
+      known->second = {h == kAbsent ? kernel : b.concat({kernel, block(d.recurrent)}, 1),
+                       b.binary(Op::add, block(d.input_bias), block(d.state_bias))};
+    }
+    return b.dense(h == kAbsent ? x : b.concat({x, h}, 1), known->second.weights,
+                   known->second.bias);
+  }
 
   ValueId part(ValueId x, int64_t which) {
     const auto axis = static_cast<int64_t>(b.shape(x).size()) - 1;
@@ -105,8 +124,12 @@ class Recurrent {
   ValueId initial(size_t input, int64_t i);
   States by_layer(const Direction& d);
   States by_steps(const Direction& d);
-  void give_outputs(const std::vector<States>& states);
+  void give_outputs(std::vector<States> states);
 
+  struct Block {
+    ValueId weights, bias;
+  };
+  std::map<std::tuple<bool, bool, int64_t, int64_t>, Block> blocks_;
   std::vector<std::string> usual_activations;
 };
 
@@ -218,20 +241,18 @@ States Recurrent::by_layer(const Direction& d) {
 }
 
 States Recurrent::by_steps(const Direction& d) {
-  const ValueId flat = b.reshape(s.x, {s.steps * s.batch, s.features});
-  const ValueId wx = b.dense(flat, d.kernel, d.input_bias);
   ValueId h = d.initial_h;
   ValueId cell = d.initial_c;
   std::vector<ValueId> all(static_cast<size_t>(s.steps));
   for (int64_t i = 0; i < s.steps; ++i) {
     const int64_t t = d.backwards ? s.steps - 1 - i : i;
-    step(d, b.narrow(wx, 0, t * s.batch, s.batch), h, cell);
+    step(d, b.reshape(b.narrow(s.x, 0, t, 1), {s.batch, s.features}), h, cell);
     all[static_cast<size_t>(t)] = b.reshape(h, {1, s.batch, s.units});
   }
   return {asked_for_all() ? b.concat(all, 0) : kAbsent, h, cell};
 }
 
-void Recurrent::give_outputs(const std::vector<States>& states) {
+void Recurrent::give_outputs(std::vector<States> states) {
   const bool batch_first = c.integer("layout", 0) != 0;
   const auto stacked = [&](ValueId States::*which) {
     std::vector<ValueId> parts;
@@ -248,6 +269,13 @@ void Recurrent::give_outputs(const std::vector<States>& states) {
     }
     const ValueId all = b.concat(parts, 1);
     c.outputs[0] = batch_first ? b.transpose(all, {2, 0, 1, 3}) : all;
+    if (s.directions == 2) {
+      // The last states are in it already.
+      for (int64_t i = 0; i < 2; ++i) {
+        states[static_cast<size_t>(i)].last =
+            b.narrow(b.narrow(all, 0, i == 0 ? s.steps - 1 : 0, 1), 1, i, 1);
+      }
+    }
   }
   if (c.output_used(1)) {
     c.outputs[1] = stacked(&States::last);
@@ -278,24 +306,29 @@ class Lstm : public Recurrent {
         {{"go_backwards", int64_t{d.backwards}}, {"reverse", int64_t{d.backwards && whole}}});
   }
 
-  void step(const Direction& d, ValueId wx, ValueId& h, ValueId& cell) override {
-    ValueId sums = h == kAbsent ? b.binary(Op::add, wx, d.state_bias)
-                                : b.binary(Op::add, wx, b.dense(h, d.recurrent, d.state_bias));
-    const auto gate = [&](int64_t which, int64_t peephole, ValueId state, size_t activation) {
-      ValueId sum = part(sums, which);
-      if (d.peepholes != kAbsent && peephole >= 0 && state != kAbsent) {
-        sum = b.binary(Op::add, sum, b.binary(Op::mul, state, rows(d.peepholes, peephole)));
+  // Gates i, o, f, c; the first three together where no peephole looks at a state in between.
+  void step(const Direction& d, ValueId x, ValueId& h, ValueId& cell) override {
+    const bool together = d.peepholes == kAbsent;
+    const ValueId previous = h;
+    const ValueId iof =
+        together ? activated(d.activations[0], sums(d, x, previous, 0, 3)) : kAbsent;
+    const auto gate = [&](int64_t which) {
+      if (together) {
+        return part(iof, which);
       }
-      return activated(d.activations[activation], sum);
+      ValueId sum = sums(d, x, previous, which, 1);
+      if (cell != kAbsent) {
+        sum = b.binary(Op::add, sum, b.binary(Op::mul, cell, rows(d.peepholes, which)));
+      }
+      return activated(d.activations[0], sum);
     };
-    const ValueId i = gate(0, 0, cell, 0);
-    const ValueId candidate = gate(3, -1, kAbsent, 1);
-    ValueId next = b.binary(Op::mul, i, candidate);
+    const ValueId candidate = activated(d.activations[1], sums(d, x, previous, 3, 1));
+    ValueId next = b.binary(Op::mul, gate(0), candidate);
     if (cell != kAbsent) {
-      next = b.binary(Op::add, next, b.binary(Op::mul, gate(2, 2, cell, 0), cell));
+      next = b.binary(Op::add, next, b.binary(Op::mul, gate(2), cell));
     }
     cell = next;
-    const ValueId o = gate(1, 1, cell, 0);
+    const ValueId o = gate(1);
     h = b.binary(Op::mul, o, activated(d.activations[2], cell));
   }
 };
@@ -373,20 +406,23 @@ class Gru : public Recurrent {
                    {"reverse", int64_t{d.backwards && steps > 1}}});
   }
 
-  void step(const Direction& d, ValueId wx, ValueId& h, ValueId&) override {
+  // Gates z, r, n.
+  void step(const Direction& d, ValueId x, ValueId& h, ValueId&) override {
     if (h == kAbsent) {
       h = b.expand(b.scalar(0), {s.batch, s.units});
     }
-    const ValueId rh = b.dense(h, d.recurrent, d.state_bias);
-    const auto gate = [&](int64_t which) {
-      return activated(d.activations[0], b.binary(Op::add, part(wx, which), part(rh, which)));
-    };
-    const ValueId z = gate(0);
-    const ValueId r = gate(1);
-    const ValueId product =
-        after ? b.binary(Op::mul, r, part(rh, 2))
-              : b.dense(b.binary(Op::mul, r, h), rows(d.recurrent, 2), rows(d.state_bias, 2));
-    const ValueId n = activated(d.activations[1], b.binary(Op::add, part(wx, 2), product));
+    const ValueId zr = activated(d.activations[0], sums(d, x, h, 0, 2));
+    const ValueId z = part(zr, 0);
+    const ValueId r = part(zr, 1);
+    ValueId sum = kAbsent;
+    if (after) {
+      const ValueId rh = b.dense(h, rows(d.recurrent, 2), rows(d.state_bias, 2));
+      const ValueId wx = b.dense(x, rows(d.kernel, 2), rows(d.input_bias, 2));
+      sum = b.binary(Op::add, wx, b.binary(Op::mul, r, rh));
+    } else {
+      sum = sums(d, x, b.binary(Op::mul, r, h), 2, 1);
+    }
+    const ValueId n = activated(d.activations[1], sum);
     // h' = n + z (h - n)
     h = b.binary(Op::add, n, b.binary(Op::mul, z, b.binary(Op::sub, h, n)));
   }
@@ -401,9 +437,8 @@ class Rnn : public Recurrent {
  private:
   bool fits_layer(const Direction&) const override { return false; }
   ValueId layer(const Direction&, ValueId, bool) override { return kAbsent; }
-  void step(const Direction& d, ValueId wx, ValueId& h, ValueId&) override {
-    const ValueId rh = h == kAbsent ? d.state_bias : b.dense(h, d.recurrent, d.state_bias);
-    h = activated(d.activations[0], b.binary(Op::add, wx, rh));
+  void step(const Direction& d, ValueId x, ValueId& h, ValueId&) override {
+    h = activated(d.activations[0], sums(d, x, h, 0, 1));
   }
 };
 

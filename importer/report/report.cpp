@@ -66,6 +66,9 @@ uint32_t live_at(const std::vector<ReportBuffer>& buffers, int step, bool scratc
 std::vector<ReportBuffer> buffers_of(const Network& network, const MemoryMap& memory) {
   std::vector<ReportBuffer> buffers;
   for (const Buffer& b : network.buffers) {
+    if (b.whole != nullptr) {
+      continue;  // drawn with what it is a part of
+    }
     const int first = std::max(b.first, -1);
     buffers.push_back({b.name.substr(0, b.name.rfind("_memory")), memory.offsets.at(&b), b.bytes,
                        first, std::max(b.last, first), b.is_scratch});
@@ -76,10 +79,13 @@ std::vector<ReportBuffer> buffers_of(const Network& network, const MemoryMap& me
 // Who wrote a buffer so far.
 using Writers = std::map<const Buffer*, std::vector<int>>;
 
+// A slice that stays in place was written with what it is a part of.
 void add_writers(std::vector<int>& reads, const Writers& writers, const Tensor* tensor) {
-  const auto found = tensor != nullptr && tensor->storage.buffer != nullptr
-                         ? writers.find(tensor->storage.buffer)
-                         : writers.end();
+  const Buffer* buffer = tensor != nullptr ? tensor->storage.buffer : nullptr;
+  auto found = writers.find(buffer);
+  for (; found == writers.end() && buffer != nullptr; buffer = buffer->whole) {
+    found = writers.find(buffer);
+  }
   for (const int writer : found == writers.end() ? std::vector<int>{} : found->second) {
     if (std::find(reads.begin(), reads.end(), writer) == reads.end()) {
       reads.push_back(writer);
@@ -170,7 +176,9 @@ Report make_report(const Network& network, const MemoryMap& memory, const std::s
       add_writers(out.reads, writers, tensor);
     }
     for (const Tensor* tensor : layer.lists[AI_CHAIN_OUTPUT]) {
-      writers[tensor->storage.buffer].push_back(index);
+      for (const Buffer* b = tensor->storage.buffer; b != nullptr; b = b->whole) {
+        writers[b].push_back(index);
+      }
     }
     ++index;
   }

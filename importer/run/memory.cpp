@@ -9,9 +9,15 @@ MemoryMap plan_memory(const Network& network, uint32_t alignment) {
   std::vector<PlanItem> items;
   std::map<const Buffer*, size_t> index;
   for (const Buffer& buffer : network.buffers) {
-    const int first = std::max(buffer.first, -1);
     index[&buffer] = items.size();
+    const int first = std::max(buffer.first, -1);
     items.push_back({buffer.bytes, first, std::max(buffer.last, first), buffer.is_scratch});
+  }
+  for (const auto& [buffer, i] : index) {
+    if (buffer->whole != nullptr) {
+      items[i].whole = static_cast<int>(index.at(buffer->whole));
+      items[i].offset = buffer->offset;
+    }
   }
   std::vector<PlanOverlay> overlays;
   for (const Overlay& overlay : network.overlays) {

@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include "importer/emit/c_source.hpp"
+#include "importer/graph/refusals.hpp"
 #include "importer/graph/text.hpp"
 #include "importer/main/import_model.hpp"
 
@@ -15,7 +16,8 @@ namespace nnlib::importer {
 namespace {
 
 // Convolution with an absent bias, activation parameters, a constant operand, infinite bounds,
-// several inputs and outputs, a reshape, a table and fixed point.
+// several inputs and outputs, a reshape, a table, fixed point, pooling in a convolution's layer, a
+// concatenation in place.
 const char* const kModel = R"(
   in x: f32[1,2,3,2]
   in q: s8[1,4] q(0.5,-3)
@@ -31,9 +33,17 @@ const char* const kModel = R"(
   v: s8[1,4] q(0.00390625,-128) = sigmoid(q)
   const d: s16[2,3] fix(13) = 5000 -7000 123 -456 789 8000
   g: s16[1,2] fix(10) = dense(f, d, _)
+  const u: f32[2,1,1,2] = 1 -1 0.5 2
+  cu: f32[1,2,3,2] = conv2d(x, u, _)
+  ru: f32[1,2,3,2] = relu(cu)
+  pu: f32[1,1,2,2] = max_pool(ru) {kernel=[1,2], strides=[2,1]}
+  eu: f32[1,1,2,2] = exp(pu)
+  su: f32[1,1,2,2] = sin(pu)
+  z: f32[2,1,2,2] = concat(eu, su) {axis=0}
   out t
   out v
   out g
+  out z
 )";
 
 const char* const kMain = R"(
@@ -45,13 +55,14 @@ static int16_t f[TINY_INPUT_3_ELEMENTS] = {1 << TINY_INPUT_3_FRACTION_BITS, -300
 static float t[TINY_OUTPUT_1_ELEMENTS];
 static int8_t v[TINY_OUTPUT_2_ELEMENTS];
 static int16_t g[TINY_OUTPUT_3_ELEMENTS];
+static float z[TINY_OUTPUT_4_ELEMENTS];
 static _Alignas(8) uint8_t arena[TINY_ARENA_BYTES];
 int main(void) {
   (void)arena;
   for (int i = 0; i < 12; ++i) x[i] = (float)(i * 7 % 12) / 4.0f - 1.0f;
-  if (tiny_init(ARENA) != 0 || tiny_run(x, q, f, t, v, g) != 0) return 1;
+  if (tiny_init(ARENA) != 0 || tiny_run(x, q, f, t, v, g, z) != 0) return 1;
   return fwrite(t, sizeof(t), 1, stdout) != 1 || fwrite(v, sizeof(v), 1, stdout) != 1 ||
-         fwrite(g, sizeof(g), 1, stdout) != 1;
+         fwrite(g, sizeof(g), 1, stdout) != 1 || fwrite(z, sizeof(z), 1, stdout) != 1;
 }
 )";
 
@@ -95,7 +106,7 @@ TEST(EmittedC, ComputesTheBytesOfTheNetworkInMemory) {
                            .run({*make_bytes<float>(x), Bytes{0x80, 0xFD, 4, 127},
                                  *make_bytes<int16_t>(std::vector<int16_t>{2048, -300, 2000})});
   Bytes expected = outputs[0];
-  for (const Bytes& more : {outputs[1], outputs[2]}) {
+  for (const Bytes& more : {outputs[1], outputs[2], outputs[3]}) {
     expected.insert(expected.end(), more.begin(), more.end());
   }
 
@@ -110,6 +121,11 @@ TEST(EmittedC, ComputesTheBytesOfTheNetworkInMemory) {
   options = {};
   options.name = "tiny";
   EXPECT_EQ(emit_c(*again.network, again.memory, options)[0].text, plain[0].text);
+}
+
+TEST(EmittedC, NetworkWithoutInputsIsRefused) {
+  const Graph g = parse_graph("const k: f32[3] = 1 -2 3\ny: f32[3] = relu(k)\nout y\n");
+  EXPECT_THROW(build(prepare(g, {}), {}), Refused);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "importer/graph/text.hpp"
 #include "importer/pass/compose.hpp"
+#include "importer/pass/fusing.hpp"
 #include "importer/pass/graph_builder.hpp"
 #include "importer/pass/layout.hpp"
 #include "importer/pass/quantization.hpp"
@@ -196,6 +197,31 @@ TEST(Compose, TruthIsBytesAtPortsAndFloatsWithin) {
   )",
                             lower_truth),
             "dequantize dequantize sub abs sub quantize");
+}
+
+TEST(Fusing, ConstantsAddedToEachChannelBecomeBiases) {
+  Graph g = parse_graph(R"(
+    in x: f32[2,2]
+    const w: f32[3,2] = 1 2 3 4 5 6
+    const b: f32[3] = 1 2 3
+    const k: f32[1,3] = 10 20 30
+    d: f32[2,3] = dense(x, w, b)
+    y: f32[2,3] = add(k, d)
+    out y
+  )");
+  fuse_biases(g);
+  ASSERT_EQ(g.nodes.size(), 1u);
+  const auto bias = g.value(g.nodes[0].input(2)).as<float>();
+  EXPECT_EQ(std::vector<float>(bias.begin(), bias.end()), (std::vector<float>{11, 22, 33}));
+  // A value for each row, no constant, a result that others read.
+  const std::string head = "in x: f32[2,2]\nconst w: f32[2,2] = 1 2 3 4\n";
+  for (const char* tail :
+       {"const k: f32[2,1] = 1 2\nd: f32[2,2] = dense(x, w, _)\ny: f32[2,2] = add(d, k)\nout y\n",
+        "const k: f32[2] = 1 2\nd: f32[1,2] = dense(x, w, _)\ny: f32[1,2] = add(d, d)\nout y\n",
+        "const k: f32[2] = 1 2\nd: f32[2,2] = dense(x, w, _)\ny: f32[2,2] = add(d, k)\nout y\n"
+        "out d\n"}) {
+    EXPECT_EQ(operators_after((head + tail).c_str(), fuse_biases), "dense add") << tail;
+  }
 }
 
 }  // namespace

@@ -73,5 +73,20 @@ TEST(Plan, ManyItemsNeverMeetAndStayNearTheBound) {
   EXPECT_EQ(make_plan(items, {}, 4).offsets, plan.offsets);
 }
 
+TEST(Plan, PartsLieInTheirWholeAndTakeWhatTheyAreMadeFrom) {
+  // A whole of two parts; an item before each that it may lie over, the first before the whole.
+  const std::vector<PlanItem> items = {
+      {64, 1, 5}, {32, 1, 5, false, 0, 0}, {32, 3, 5, false, 0, 32}, {32, 0, 1}, {32, 2, 3}};
+  const Plan plan = make_plan(items, std::vector<PlanOverlay>{{1, 3, 1}, {2, 4, 3}}, 4);
+  EXPECT_EQ(plan.in_place, (std::vector<bool>{false, true}));
+  EXPECT_EQ(plan.offsets[2], plan.offsets[0] + 32);
+  EXPECT_EQ(plan.offsets[4], plan.offsets[2]);
+  EXPECT_EQ(plan.bytes, 96u);
+  // Nothing lies over a part, nor over a whole while a part of it is an operand too.
+  const std::vector<PlanItem> slices = {{64, -1, 2}, {32, -1, 2, false, 0, 16}, {64, 2, 3}};
+  EXPECT_FALSE(make_plan(slices, std::vector<PlanOverlay>{{2, 0, 2}}, 4).in_place[0]);
+  EXPECT_FALSE(make_plan(slices, std::vector<PlanOverlay>{{2, 1, 2}}, 4).in_place[0]);
+}
+
 }  // namespace
 }  // namespace nnlib::importer
