@@ -11,7 +11,8 @@ constexpr uint32_t kTileRows = 4;
 #endif
 
 // Products of a column at a time. Vectors are the compiler's.
-constexpr uint32_t kProductsAtOnce = NNLIB_VECTOR_LANES > 1 || !NNLIB_FOR_SPEED ? 1 : 4;
+constexpr uint32_t kProductsAtOnce =
+    NNLIB_VECTOR_LANES > 1 || kFewRegisters || !NNLIB_FOR_SPEED ? 1 : 4;
 
 template <class T, size_t kCount>
 NNLIB_ALWAYS_INLINE void advance(const T* (&pointers)[kCount], uint32_t elements) {
@@ -59,6 +60,7 @@ __attribute__((noinline)) void dot_block(const Weight* const (&first_rows)[kRows
   for (uint32_t p = 0; p < kPixels; ++p) {
     columns[p] = column + size_t{p} * length;
   }
+  NNLIB_UNROLL_INDEXED
   for (uint32_t left = length / kProductsAtOnce; left > 0; --left) {
     add_products(rows, columns, 0, sums);
     if constexpr (kProductsAtOnce == 4) {
