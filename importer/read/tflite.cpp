@@ -77,6 +77,14 @@ std::shared_ptr<const Bytes> constant_bytes(std::span<const uint8_t> data, Type&
   return make_bytes<float>(floats);
 }
 
+// The verifier looks at the place of a vector's length only: elements of 64 bits may lie on any
+// fourth byte.
+int32_t zero_point_of(const tfl::Quantization& q, flatbuffers::uoffset_t i) {
+  int64_t zero_point;
+  std::memcpy(&zero_point, q.zero_point()->Data() + i * sizeof(zero_point), sizeof(zero_point));
+  return static_cast<int32_t>(flatbuffers::EndianScalar(zero_point));
+}
+
 std::optional<Quantization> quantization_of(const tfl::Tensor& tensor, const Shape& shape) {
   const tfl::Quantization* q = tensor.quantization();
   if (q == nullptr || q->scale() == nullptr || q->scale()->size() == 0) {
@@ -87,7 +95,7 @@ std::optional<Quantization> quantization_of(const tfl::Tensor& tensor, const Sha
   result.scales.assign(q->scale()->begin(), q->scale()->end());
   for (flatbuffers::uoffset_t i = 0; i < count; ++i) {
     const bool given = q->zero_point() != nullptr && i < q->zero_point()->size();
-    result.zero_points.push_back(given ? static_cast<int32_t>(q->zero_point()->Get(i)) : 0);
+    result.zero_points.push_back(given ? zero_point_of(*q, i) : 0);
   }
   result.axis = q->axis();
   if (count > 1 && (result.axis < 0 || static_cast<size_t>(result.axis) >= shape.size() ||
