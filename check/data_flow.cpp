@@ -185,7 +185,7 @@ class DataFlow {
     uintptr_t intact = 0;
     each_write(0, read.layer, [&](const TensorUse& write) {
       const Memory to = memory(write);
-      bool kept = is_output(write) && needed.covers(to);
+      bool kept = is_output(write) && needed.covers(to) && to.bytes < needed.bytes;
       if (kept) {
         each_write(write.layer + 1, read.layer,
                    [&](const TensorUse& later) { kept = kept && !memory(later).overlaps(to); });

@@ -87,7 +87,7 @@ void requantize(NetworkBuilder& b, const Node& node) {
   }
 }
 
-constexpr Lowering kRows[] = {
+constexpr Lowering kConvertRows[] = {
     {Op::quantize, quantize, kAnyType, "one scale; integers have 8 bits"},
     {Op::dequantize, quantize, kAnyType, "one scale; integers have 8 bits"},
     {Op::requantize, requantize, kInteger | kFixed, "integers: a table of 256 results"},
@@ -96,7 +96,7 @@ constexpr Lowering kRows[] = {
 }  // namespace
 
 std::span<const Lowering> convert_lowerings() {
-  return kRows;
+  return kConvertRows;
 }
 
 }  // namespace nnlib::importer

@@ -366,7 +366,7 @@ void conv2d_transpose(NetworkBuilder& b, const Node& node) {
   lower_float(b, node, g, false, {NNLIB_FUNCTION(forward_conv2d_transpose), {}, {}, {}}, x);
 }
 
-constexpr Lowering kRows[] = {
+constexpr Lowering kConvolutionRows[] = {
     {Op::conv2d, conv2d, kFloat | kInteger | kFixed,
      "constant weights; integer: int8 weights have zero point 0, dilated kernels and groups are "
      "filled up with zeros"},
@@ -378,7 +378,7 @@ constexpr Lowering kRows[] = {
 }  // namespace
 
 std::span<const Lowering> convolution_lowerings() {
-  return kRows;
+  return kConvolutionRows;
 }
 
 }  // namespace nnlib::importer

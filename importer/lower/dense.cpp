@@ -51,7 +51,7 @@ void dense(NetworkBuilder& b, const Node& node) {
   }
 }
 
-constexpr Lowering kRows[] = {
+constexpr Lowering kDenseRows[] = {
     {Op::dense, dense, kFloat | kInteger | kFixed,
      "constant weights; integer: int8 weights have zero point 0; 16 bits of fixed point take "
      "weights "
@@ -61,7 +61,7 @@ constexpr Lowering kRows[] = {
 }  // namespace
 
 std::span<const Lowering> dense_lowerings() {
-  return kRows;
+  return kDenseRows;
 }
 
 }  // namespace nnlib::importer

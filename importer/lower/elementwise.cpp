@@ -17,7 +17,7 @@ BroadcastDims broadcast_of(NetworkBuilder& b, const Node& node) {
 }
 
 // Connects both operands and the output, which may lie over an operand of its size.
-void connect(NetworkBuilder& b, const Node& node, LayerBuilder layer) {
+void connect_operands(NetworkBuilder& b, const Node& node, LayerBuilder layer) {
   const BroadcastDims dims = broadcast_of(b, node);
   Tensor& first = b.tensor(node.input(0), dims.a);
   Tensor& second = b.tensor(node.input(1), dims.b);
@@ -35,7 +35,7 @@ void binary(NetworkBuilder& b, const Node& node, const Function& operation) {
   LayerBuilder layer =
       b.layer<ai_layer_eltwise>(NNLIB_LAYER_TYPE(ELTWISE), NNLIB_FUNCTION(forward_eltwise));
   layer.set(NNLIB_MEMBER(ai_layer_eltwise, operation), operation);
-  connect(b, node, layer);
+  connect_operands(b, node, layer);
 }
 
 void add(NetworkBuilder& b, const Node& node) {
@@ -49,8 +49,8 @@ void add(NetworkBuilder& b, const Node& node) {
     require(b.value(id).type == y.type, "all tensors have to have the same type");
   }
   broadcast_of(b, node);
-  connect(b, node,
-          b.layer<ai_layer>(NNLIB_LAYER_TYPE(ELTWISE), NNLIB_FUNCTION(forward_add_integer)));
+  connect_operands(
+      b, node, b.layer<ai_layer>(NNLIB_LAYER_TYPE(ELTWISE), NNLIB_FUNCTION(forward_add_integer)));
 }
 
 #define NNLIB_BINARY(op, function)               \
@@ -89,7 +89,7 @@ NNLIB_REDUCE(reduce_min, ai_min, HUGE_VALF)
 
 constexpr const char* kRepeats = "operands repeat along at most three groups of dimensions";
 
-constexpr Lowering kRows[] = {
+constexpr Lowering kElementwiseRows[] = {
     {Op::add, add, kFloat | kInteger, kRepeats},
     {Op::sub, sub, kFloat, kRepeats},
     {Op::mul, mul, kFloat, kRepeats},
@@ -107,7 +107,7 @@ constexpr Lowering kRows[] = {
 }  // namespace
 
 std::span<const Lowering> elementwise_lowerings() {
-  return kRows;
+  return kElementwiseRows;
 }
 
 }  // namespace nnlib::importer

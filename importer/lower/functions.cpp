@@ -10,7 +10,7 @@
 namespace nnlib::importer {
 namespace {
 
-void connect(NetworkBuilder& b, const Node& node, LayerBuilder layer) {
+void connect_in_place(NetworkBuilder& b, const Node& node, LayerBuilder layer) {
   Tensor& in = b.tensor(node.input(0));
   Tensor& out = b.tensor(node.output(), in.dims);
   layer.input(in).output(out).in_place(out, in);
@@ -20,7 +20,7 @@ void table_layer(NetworkBuilder& b, const Node& node, Bytes table) {
   const ai_array_format format = format_of(b.value(node.output()).type);
   LayerBuilder layer =
       b.layer<ai_layer_nl>(NNLIB_LAYER_TYPE(NL), NNLIB_FUNCTION(forward_nl_integer));
-  connect(b, node, layer);
+  connect_in_place(b, node, layer);
   layer.set(NNLIB_MEMBER(ai_layer_nl, nl_params), b.parameters("table", format, std::move(table)));
 }
 
@@ -35,9 +35,9 @@ Bounds bounds_of(const Node& node, const Value& v) {
   const auto quanta = [&](double x) {
     return static_cast<int>(std::clamp(std::round(x / scale) + zero, double(least), least + 255.0));
   };
-  constexpr double kInfinity = HUGE_VAL;
-  const double low = node.op == Op::relu ? 0 : node.number("min", -kInfinity);
-  const double high = node.op == Op::relu ? kInfinity : node.number("max", kInfinity);
+  constexpr double kUnbounded = HUGE_VAL;
+  const double low = node.op == Op::relu ? 0 : node.number("min", -kUnbounded);
+  const double high = node.op == Op::relu ? kUnbounded : node.number("max", kUnbounded);
   return {quanta(low), quanta(high)};
 }
 
@@ -52,7 +52,7 @@ void clip_integer(NetworkBuilder& b, const Node& node) {
   const Bytes limits = {static_cast<uint8_t>(bounds.low), static_cast<uint8_t>(bounds.high)};
   LayerBuilder layer =
       b.layer<ai_layer_nl>(NNLIB_LAYER_TYPE(NL), NNLIB_FUNCTION(forward_clip_integer));
-  connect(b, node, layer);
+  connect_in_place(b, node, layer);
   layer.set(NNLIB_MEMBER(ai_layer_nl, nl_params),
             b.parameters("limits", format_of(v.type), limits));
 }
@@ -87,7 +87,7 @@ void lower_fixed(NetworkBuilder& b, const Node& node) {
                            : node.op == Op::tanh ? NNLIB_FUNCTION(forward_tanh_fixed)
                                                  : NNLIB_FUNCTION(forward_sigmoid_fixed);
   LayerBuilder layer = b.layer<ai_layer_nl>(NNLIB_LAYER_TYPE(NL), forward);
-  connect(b, node, layer);
+  connect_in_place(b, node, layer);
   if (clip) {
     const double most = x.type == Type::s8 ? INT8_MAX : INT16_MAX;
     const double limit = std::clamp(
@@ -117,7 +117,7 @@ void unary(NetworkBuilder& b, const Node& node) {
   const auto activation = activation_of(node);
   require(activation.has_value(), "these parameters are not available");
   LayerBuilder layer = b.layer<ai_layer_nl>(NNLIB_LAYER_TYPE(NL), activation->forward);
-  connect(b, node, layer);
+  connect_in_place(b, node, layer);
   if (!activation->parameters.empty()) {
     layer.set(NNLIB_MEMBER(ai_layer_nl, nl_params),
               b.parameters<float>("parameters", activation->parameters));
@@ -147,7 +147,7 @@ void prelu(NetworkBuilder& b, const Node& node) {
   require(fits, "the slopes have to have the sizes of the input's last dimensions");
   const Dims dims = flat_dims(static_cast<uint64_t>(slopes.elements()));
   LayerBuilder layer = b.layer<ai_layer>(NNLIB_LAYER_TYPE(NL), NNLIB_FUNCTION(forward_prelu));
-  connect(b, node, layer);
+  connect_in_place(b, node, layer);
   layer.weights(&b.constant_tensor("slopes", slopes.type, dims, *slopes.data, {}));
 }
 
@@ -158,7 +158,7 @@ constexpr Lowering table_row(Op op) {
   return {op, unary, kInteger, "a table of 256 results"};
 }
 
-constexpr Lowering kRows[] = {
+constexpr Lowering kFunctionsRows[] = {
     row(Op::abs),
     row(Op::neg),
     row(Op::ceil),
@@ -204,7 +204,7 @@ constexpr Lowering kRows[] = {
 }  // namespace
 
 std::span<const Lowering> function_lowerings() {
-  return kRows;
+  return kFunctionsRows;
 }
 
 }  // namespace nnlib::importer

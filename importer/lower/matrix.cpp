@@ -29,14 +29,14 @@ void matmul(NetworkBuilder& b, const Node& node) {
       .macs(static_cast<uint64_t>(y.elements()) * static_cast<uint64_t>(a.shape.back()));
 }
 
-constexpr Lowering kRows[] = {
+constexpr Lowering kMatrixRows[] = {
     {Op::matmul, matmul, kFloat, ""},
 };
 
 }  // namespace
 
 std::span<const Lowering> matrix_lowerings() {
-  return kRows;
+  return kMatrixRows;
 }
 
 }  // namespace nnlib::importer

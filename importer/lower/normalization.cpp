@@ -47,7 +47,7 @@ void lp_norm(NetworkBuilder& b, const Node& node) {
       .set(NNLIB_MEMBER(ai_layer_norm, exponent), static_cast<float>(node.number("p", 2)));
 }
 
-constexpr Lowering kRows[] = {
+constexpr Lowering kNormalizationRows[] = {
     {Op::lrn, lrn, kFloat, "along the last axis"},
     {Op::instance_norm, instance_norm, kFloat, "constant scale and bias"},
     {Op::lp_norm, lp_norm, kFloat, ""},
@@ -56,7 +56,7 @@ constexpr Lowering kRows[] = {
 }  // namespace
 
 std::span<const Lowering> normalization_lowerings() {
-  return kRows;
+  return kNormalizationRows;
 }
 
 }  // namespace nnlib::importer

@@ -61,7 +61,7 @@ void average_pool(NetworkBuilder& b, const Node& node) {
        NNLIB_FUNCTION(forward_ap_fixed));
 }
 
-constexpr Lowering kRows[] = {
+constexpr Lowering kPoolRows[] = {
     {Op::max_pool, max_pool, kFloat | kInteger | kFixed, "over width and height"},
     {Op::average_pool, average_pool, kFloat | kInteger | kFixed,
      "over width and height; counting the padding: float only"},
@@ -95,7 +95,7 @@ PoolWindow pool_window(const Node& node, const Value& x, const Value& y) {
 }
 
 std::span<const Lowering> pool_lowerings() {
-  return kRows;
+  return kPoolRows;
 }
 
 }  // namespace nnlib::importer

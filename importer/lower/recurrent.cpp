@@ -107,7 +107,7 @@ void gru(NetworkBuilder& b, const Node& node) {
   set_common<ai_layer_gru>(layer, node, s);
 }
 
-constexpr Lowering kRows[] = {
+constexpr Lowering kRecurrentRows[] = {
     {Op::lstm, lstm, kFloat, "constant weights; states start at 0; takes heap while it runs"},
     {Op::gru, gru, kFloat, "constant weights; states start at 0; takes heap while it runs"},
 };
@@ -115,7 +115,7 @@ constexpr Lowering kRows[] = {
 }  // namespace
 
 std::span<const Lowering> recurrent_lowerings() {
-  return kRows;
+  return kRecurrentRows;
 }
 
 }  // namespace nnlib::importer

@@ -62,7 +62,7 @@ void lower(NetworkBuilder& b, const Node& node) {
 
 constexpr const char* kGenerated = "a generated function";
 
-constexpr Lowering kRows[] = {
+constexpr Lowering kScalarFunctionsRows[] = {
     {Op::pow, lower, kFloat, kGenerated},         {Op::equal, lower, kFloat, kGenerated},
     {Op::greater, lower, kFloat, kGenerated},     {Op::greater_equal, lower, kFloat, kGenerated},
     {Op::less, lower, kFloat, kGenerated},        {Op::less_equal, lower, kFloat, kGenerated},
@@ -97,7 +97,7 @@ void lower_scalar(NetworkBuilder& b, const Node& node, const Function& function)
 }
 
 std::span<const Lowering> scalar_lowerings() {
-  return kRows;
+  return kScalarFunctionsRows;
 }
 
 }  // namespace nnlib::importer

@@ -372,7 +372,7 @@ void resize(NetworkBuilder& b, const Node& node) {
       .set(NNLIB_MEMBER(ai_layer_upsample, scales), b.parameters<float>("scales", kept));
 }
 
-constexpr Lowering kRows[] = {
+constexpr Lowering kShapeRows[] = {
     {Op::reshape, reshape, kAnyType, "takes no time and no memory"},
     {Op::identity, reshape, kAnyType, "takes no time and no memory"},
     {Op::concat, concat, kAnyType, ""},
@@ -387,7 +387,7 @@ constexpr Lowering kRows[] = {
 }  // namespace
 
 std::span<const Lowering> shape_lowerings() {
-  return kRows;
+  return kShapeRows;
 }
 
 }  // namespace nnlib::importer

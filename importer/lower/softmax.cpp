@@ -50,7 +50,7 @@ void batch_norm(NetworkBuilder& b, const Node& node) {
   }
 }
 
-constexpr Lowering kRows[] = {
+constexpr Lowering kSoftmaxRows[] = {
     {Op::softmax, softmax, kFloat, "last axis"},
     {Op::hardmax, hardmax, kFloat, "last axis"},
     {Op::batch_norm, batch_norm, kFloat, "constant scale and bias"},
@@ -59,7 +59,7 @@ constexpr Lowering kRows[] = {
 }  // namespace
 
 std::span<const Lowering> softmax_lowerings() {
-  return kRows;
+  return kSoftmaxRows;
 }
 
 }  // namespace nnlib::importer

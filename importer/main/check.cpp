@@ -15,7 +15,7 @@
 namespace nnlib::importer {
 namespace {
 
-struct Arguments {
+struct CheckArguments {
   ModelArguments model;
   std::vector<std::string> inputs;
   std::vector<std::string> expected;
@@ -91,7 +91,7 @@ ValueId value_named(const Graph& graph, const std::string& stem) {
   return found;
 }
 
-std::vector<Reference> references_of(const Graph& graph, const Arguments& a) {
+std::vector<Reference> references_of(const Graph& graph, const CheckArguments& a) {
   std::vector<Reference> references;
   if (a.expected.size() > graph.outputs.size()) {
     throw CLI::ValidationError(
@@ -198,7 +198,7 @@ bool is_quantized_graph(const Graph& graph) {
 }
 
 // Computes all sets. The outputs of the whole network have to be those of its nodes.
-void check(Arguments& a) {
+void check(CheckArguments& a) {
   settle(a.model);
   Progress progress;
   const Graph graph = prepared_graph(a.model, progress);
@@ -244,7 +244,7 @@ void check(Arguments& a) {
 void add_check(CLI::App& app) {
   CLI::App* command =
       app.add_subcommand("check", "run in memory and show the error of every layer");
-  const auto a = std::make_shared<Arguments>();
+  const auto a = std::make_shared<CheckArguments>();
   add_model_options(*command, a->model);
   command->add_option("--input", a->inputs, "a file for each input: .npy or raw elements")
       ->check(CLI::ExistingFile);

@@ -16,7 +16,7 @@ namespace nnlib::importer {
 namespace {
 
 // The words of the command line.
-struct Arguments {
+struct QuantizeArguments {
   ModelArguments model;
   SourceArguments source;
   std::vector<std::string> calibrate;
@@ -63,7 +63,7 @@ T meaning(const Word<T> (&words)[n], const std::string& word) {
       ->meaning;
 }
 
-std::optional<WeightType> weights_of(const Arguments& a, Target target) {
+std::optional<WeightType> weights_of(const QuantizeArguments& a, Target target) {
   if (a.weights.empty()) {
     return {};
   }
@@ -78,7 +78,7 @@ std::optional<WeightType> weights_of(const Arguments& a, Target target) {
   return weights;
 }
 
-QuantizeOptions options_of(const Arguments& a) {
+QuantizeOptions options_of(const QuantizeArguments& a) {
   QuantizeOptions options;
   options.target = meaning(kTargets, a.to);
   options.ranges = {meaning(kRanges, a.range), a.percentile};
@@ -98,14 +98,14 @@ std::vector<int64_t> labels_of(const std::string& path) {
   return {std::istream_iterator<int64_t>(file), {}};
 }
 
-void print_right(const Arguments& a, const Graph& graph, const Graph& quantized,
+void print_right(const QuantizeArguments& a, const Graph& graph, const Graph& quantized,
                  const std::vector<Sample>& samples) {
   const std::vector<int64_t> labels = labels_of(a.labels);
   std::cout << "right: " << right_answers(graph, samples, labels) << " of " << labels.size()
             << " in float, " << right_answers(quantized, samples, labels) << " in " << a.to << "\n";
 }
 
-void quantize_model(Arguments& a) {
+void quantize_model(QuantizeArguments& a) {
   settle(a.model);
   const QuantizeOptions how = options_of(a);
   const ImportOptions& options = a.model.options;
@@ -140,7 +140,7 @@ void quantize_model(Arguments& a) {
 void add_quantize(CLI::App& app) {
   CLI::App* command =
       app.add_subcommand("quantize", "write C source of a float model in integers or fixed point");
-  const auto a = std::make_shared<Arguments>();
+  const auto a = std::make_shared<QuantizeArguments>();
   add_model_options(*command, a->model);
   add_source_options(*command, a->source);
   command

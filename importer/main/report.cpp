@@ -9,7 +9,7 @@
 namespace nnlib::importer {
 namespace {
 
-struct Arguments {
+struct ReportArguments {
   ModelArguments model;
   std::string profile;
   std::string output;
@@ -17,7 +17,7 @@ struct Arguments {
 };
 
 // "html" for a file of that name.
-std::string format_of(const Arguments& a) {
+std::string format_of(const ReportArguments& a) {
   if (!a.format.empty()) {
     return a.format;
   }
@@ -25,7 +25,7 @@ std::string format_of(const Arguments& a) {
   return ending == ".json" || ending == ".html" ? ending.substr(1) : "text";
 }
 
-void report(Arguments& a) {
+void report(ReportArguments& a) {
   settle(a.model);
   Progress progress;
   const Imported imported = import_model(a.model, progress);
@@ -50,7 +50,7 @@ void report(Arguments& a) {
 
 void add_report(CLI::App& app) {
   CLI::App* command = app.add_subcommand("report", "print what the network takes and does");
-  const auto a = std::make_shared<Arguments>();
+  const auto a = std::make_shared<ReportArguments>();
   add_model_options(*command, a->model);
   command->add_option("-o,--output", a->output, "file instead of standard output");
   command->add_option("--format", a->format, "text unless the file's name ends otherwise")

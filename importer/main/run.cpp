@@ -10,7 +10,7 @@
 namespace nnlib::importer {
 namespace {
 
-struct Arguments {
+struct RunArguments {
   ModelArguments model;
   std::vector<std::string> inputs;
   std::vector<std::string> outputs;
@@ -42,7 +42,7 @@ void write_output(const std::string& path, const Value& like, const Bytes& all, 
   write_file(path, text_of(file.data(), file.size()));
 }
 
-void run(Arguments& a) {
+void run(RunArguments& a) {
   settle(a.model);
   Progress progress;
   const Graph graph = prepared_graph(a.model, progress);
@@ -72,7 +72,7 @@ void run(Arguments& a) {
 
 void add_run(CLI::App& app) {
   CLI::App* command = app.add_subcommand("run", "run the network in memory on files");
-  const auto a = std::make_shared<Arguments>();
+  const auto a = std::make_shared<RunArguments>();
   add_model_options(*command, a->model);
   command->add_option("--input", a->inputs, "a file for each input: .npy or raw elements");
   command->add_option("--output", a->outputs, "a file for each output, alike");

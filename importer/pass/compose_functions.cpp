@@ -101,7 +101,7 @@ ValueId where(GraphBuilder& b, const Node& node) {
   return b.binary(Op::add, chosen, other);
 }
 
-constexpr CompositionRow kRows[] = {
+constexpr CompositionRow kFunctionRows[] = {
     {Op::hard_sigmoid, hard_sigmoid},
     {Op::hard_swish, hard_swish},
     {Op::celu, celu},
@@ -116,7 +116,7 @@ constexpr CompositionRow kRows[] = {
 }  // namespace
 
 std::span<const CompositionRow> function_compositions() {
-  return kRows;
+  return kFunctionRows;
 }
 
 }  // namespace nnlib::importer

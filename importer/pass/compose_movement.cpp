@@ -248,7 +248,7 @@ ValueId matmul(GraphBuilder& b, const Node& node) {
   return changed ? b.matmul(inputs[0], inputs[1]) : kAbsent;
 }
 
-constexpr CompositionRow kRows[] = {
+constexpr CompositionRow kMovementRows[] = {
     {Op::gather, gather},
     {Op::slice, slice},
     {Op::depth_to_space, depth_to_space},
@@ -268,7 +268,7 @@ constexpr CompositionRow kRows[] = {
 }  // namespace
 
 std::span<const CompositionRow> movement_compositions() {
-  return kRows;
+  return kMovementRows;
 }
 
 }  // namespace nnlib::importer

@@ -123,7 +123,7 @@ ValueId reduction(GraphBuilder& b, const Node& node) {
   return b.reshape(all, Shape(b.shape(node.output())));
 }
 
-constexpr CompositionRow kRows[] = {
+constexpr CompositionRow kNormalizationRows[] = {
     {Op::reduce_mean, mean},
     {Op::reduce_l1, l1},
     {Op::reduce_l2, l2},
@@ -143,7 +143,7 @@ constexpr CompositionRow kRows[] = {
 }  // namespace
 
 std::span<const CompositionRow> normalization_compositions() {
-  return kRows;
+  return kNormalizationRows;
 }
 
 }  // namespace nnlib::importer

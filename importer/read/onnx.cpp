@@ -30,9 +30,9 @@ bool runs(Type type) {
   return type == Type::f32 || type == Type::u8 || type == Type::s8 || type == Type::boolean;
 }
 
-class Reader {
+class OnnxReader {
  public:
-  Reader(const OnnxModel& file, const ReadOptions& given)
+  OnnxReader(const OnnxModel& file, const ReadOptions& given)
       : model_(file), options_(given), build_(graph_) {}
 
   Graph read() {
@@ -297,7 +297,7 @@ Graph read_onnx(std::span<const uint8_t> file, const ReadOptions& options) {
   try {
     OnnxModel model = parse_onnx_model({reinterpret_cast<const char*>(file.data()), file.size()});
     drop_unread_outputs(model);
-    return Reader(model, options).read();
+    return OnnxReader(model, options).read();
   } catch (const Refused&) {
     throw;
   } catch (const std::runtime_error& error) {

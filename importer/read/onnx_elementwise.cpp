@@ -225,7 +225,7 @@ void cast(OnnxContext& c) {
   c.output(c.build.cast(c.input(), *type));
 }
 
-constexpr OnnxOperator kOperators[] = {
+constexpr OnnxOperator kElementwiseOperators[] = {
     {"Abs", unary<Op::abs>, ""},
     {"Acos", unary<Op::acos>, ""},
     {"Acosh", unary<Op::acosh>, ""},
@@ -293,7 +293,7 @@ constexpr OnnxOperator kOperators[] = {
 }  // namespace
 
 std::span<const OnnxOperator> onnx_elementwise_operators() {
-  return kOperators;
+  return kElementwiseOperators;
 }
 
 }  // namespace nnlib::importer

@@ -94,7 +94,7 @@ void gemm(OnnxContext& c) {
   c.output(y);
 }
 
-constexpr OnnxOperator kOperators[] = {
+constexpr OnnxOperator kMatrixOperators[] = {
     {"Gemm", gemm, ""},
     {"MatMul", matmul, ""},
 };
@@ -102,7 +102,7 @@ constexpr OnnxOperator kOperators[] = {
 }  // namespace
 
 std::span<const OnnxOperator> onnx_matrix_operators() {
-  return kOperators;
+  return kMatrixOperators;
 }
 
 }  // namespace nnlib::importer

@@ -321,7 +321,7 @@ void range(OnnxContext& c) {
   c.output(c.build.numbers({static_cast<int64_t>(elements.size())}, elements, c.value(0).type));
 }
 
-constexpr OnnxOperator kOperators[] = {
+constexpr OnnxOperator kMovementOperators[] = {
     {"Concat", concat, ""},
     {"Constant", constant, "tensors of numbers"},
     {"ConstantOfShape", constant_of_shape, "shape known at import"},
@@ -346,7 +346,7 @@ constexpr OnnxOperator kOperators[] = {
 }  // namespace
 
 std::span<const OnnxOperator> onnx_movement_operators() {
-  return kOperators;
+  return kMovementOperators;
 }
 
 }  // namespace nnlib::importer

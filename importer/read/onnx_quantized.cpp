@@ -203,7 +203,7 @@ void qlinear_concat(OnnxContext& c) {
   c.output(quantized(c, through(c, "Concat", parts), quantization_of(c, 0, 1, 0), type));
 }
 
-constexpr OnnxOperator kOperators[] = {
+constexpr OnnxOperator kQuantizedOperators[] = {
     {"DequantizeLinear", dequantize_linear, "int8, uint8; scales known at import"},
     {"QLinearAdd", qlinear_binary<Op::add>, "scales known at import"},
     {"QLinearAveragePool", qlinear_pool, "scales known at import"},
@@ -220,7 +220,7 @@ constexpr OnnxOperator kOperators[] = {
 }  // namespace
 
 std::span<const OnnxOperator> onnx_quantized_operators() {
-  return kOperators;
+  return kQuantizedOperators;
 }
 
 }  // namespace nnlib::importer

@@ -447,7 +447,7 @@ void recurrent(OnnxContext& c) {
   Kind(c).run();
 }
 
-constexpr OnnxOperator kOperators[] = {
+constexpr OnnxOperator kRecurrentOperators[] = {
     {"GRU", recurrent<Gru>, "weights known at import; no clip, sequences of full length"},
     {"LSTM", recurrent<Lstm>,
      "weights known at import; no clip, no input_forget, sequences of full length"},
@@ -457,7 +457,7 @@ constexpr OnnxOperator kOperators[] = {
 }  // namespace
 
 std::span<const OnnxOperator> onnx_recurrent_operators() {
-  return kOperators;
+  return kRecurrentOperators;
 }
 
 }  // namespace nnlib::importer

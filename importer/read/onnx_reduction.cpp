@@ -58,7 +58,7 @@ void lp_norm(OnnxContext& c) {
       c.build.like(Op::lp_norm, {c.input()}, {{"axis", c.axis(-1)}, {"p", c.integer("p", 2)}}));
 }
 
-constexpr OnnxOperator kOperators[] = {
+constexpr OnnxOperator kReductionOperators[] = {
     {"Hardmax", along_axis<Op::hardmax>, ""},
     {"LayerNormalization", layer_norm, "no mean and deviation as outputs"},
     {"LogSoftmax", along_axis<Op::log_softmax>, ""},
@@ -80,7 +80,7 @@ constexpr OnnxOperator kOperators[] = {
 }  // namespace
 
 std::span<const OnnxOperator> onnx_reduction_operators() {
-  return kOperators;
+  return kReductionOperators;
 }
 
 }  // namespace nnlib::importer

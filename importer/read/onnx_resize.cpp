@@ -128,7 +128,7 @@ void resize(OnnxContext& c) {
   c.output(from_map(c, y));
 }
 
-constexpr OnnxOperator kOperators[] = {
+constexpr OnnxOperator kResizeOperators[] = {
     {"Resize", resize,
      "rows and columns; nearest where it picks the pixel before, linear with half_pixel, "
      "asymmetric and align_corners"},
@@ -138,7 +138,7 @@ constexpr OnnxOperator kOperators[] = {
 }  // namespace
 
 std::span<const OnnxOperator> onnx_resize_operators() {
-  return kOperators;
+  return kResizeOperators;
 }
 
 }  // namespace nnlib::importer

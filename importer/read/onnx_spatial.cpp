@@ -237,7 +237,7 @@ void lrn(OnnxContext& c) {
   c.output(channels_second(c.build, y));
 }
 
-constexpr OnnxOperator kOperators[] = {
+constexpr OnnxOperator kSpatialOperators[] = {
     {"AveragePool", average_pool, "one and two dimensions"},
     {"BatchNormalization", batch_norm, "inference; statistics known at import"},
     {"Conv", conv, "one and two dimensions; weights known at import"},
@@ -252,7 +252,7 @@ constexpr OnnxOperator kOperators[] = {
 }  // namespace
 
 std::span<const OnnxOperator> onnx_spatial_operators() {
-  return kOperators;
+  return kSpatialOperators;
 }
 
 }  // namespace nnlib::importer

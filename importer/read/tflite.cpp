@@ -107,9 +107,9 @@ std::optional<Quantization> quantization_of(const tfl::Tensor& tensor, const Sha
 
 constexpr int64_t kMostState = 1 << 20;
 
-class Reader {
+class TfliteReader {
  public:
-  Reader(const tfl::Model& model, const TfliteOptions& options)
+  TfliteReader(const tfl::Model& model, const TfliteOptions& options)
       : model_(model), options_(options) {}
 
   Graph read() {
@@ -319,7 +319,7 @@ Graph read_tflite(std::span<const uint8_t> file, const TfliteOptions& options) {
   if (!is_tflite(file) || !tfl::VerifyModelBuffer(verifier)) {
     throw Refused("the file is damaged or no TFLite file");
   }
-  return Reader(*tfl::GetModel(file.data()), options).read();
+  return TfliteReader(*tfl::GetModel(file.data()), options).read();
 }
 
 }  // namespace nnlib::importer

@@ -8,8 +8,8 @@
 namespace nnlib::importer {
 namespace {
 
-constexpr double kWidth = 190;
-constexpr double kHeight = 38;
+constexpr double kBoxWidth = 190;
+constexpr double kBoxHeight = 38;
 constexpr double kRow = 62;
 constexpr double kMargin = 8;
 constexpr size_t kLetters = 30;
@@ -35,12 +35,12 @@ std::string curve(double x0, double y0, double x1, double y1) {
 std::string line_of(const GraphLayout& layout, const GraphLayout::Line& line) {
   const auto& from = layout.boxes[line.from];
   double x = from.x + kMargin;
-  double y = top_of(from.rank) + kHeight;
+  double y = top_of(from.rank) + kBoxHeight;
   std::string path = "M" + px(x) + " " + px(y);
   for (const auto& place : line.way) {
     path += curve(x, y, place.x + kMargin, top_of(place.rank));
     x = place.x + kMargin;
-    y = top_of(place.rank) + kHeight;
+    y = top_of(place.rank) + kBoxHeight;
     path += " L" + px(x) + " " + px(y);
   }
   const auto& to = layout.boxes[line.to];
@@ -87,7 +87,7 @@ std::string graph_picture(const Report& report) {
     add({port.name, shape_of(port) + " " + port.type, quantization_of(port), "box port"},
         port.reads);
   }
-  const GraphLayout layout = lay_out(after, {kWidth, 24, 14});
+  const GraphLayout layout = lay_out(after, {kBoxWidth, 24, 14});
   std::string content;
   for (const auto& line : layout.lines) {
     content += line_of(layout, line);
@@ -95,11 +95,12 @@ std::string graph_picture(const Report& report) {
   for (size_t i = 0; i < boxes.size(); ++i) {
     const double x = layout.boxes[i].x + kMargin;
     const double y = top_of(layout.boxes[i].rank);
-    content += svg_rect(x - kWidth / 2, y, kWidth, kHeight, boxes[i].classes, boxes[i].tip) +
-               svg_text(x, y + 16, "middle", cut(boxes[i].title), "strong") +
-               svg_text(x, y + 31, "middle", cut(boxes[i].detail));
+    content +=
+        svg_rect(x - kBoxWidth / 2, y, kBoxWidth, kBoxHeight, boxes[i].classes, boxes[i].tip) +
+        svg_text(x, y + 16, "middle", cut(boxes[i].title), "strong") +
+        svg_text(x, y + 31, "middle", cut(boxes[i].detail));
   }
-  return svg(layout.width + 2 * kMargin, top_of(layout.ranks) - kRow + kHeight + kMargin,
+  return svg(layout.width + 2 * kMargin, top_of(layout.ranks) - kRow + kBoxHeight + kMargin,
              "layers in the order of the data", content);
 }
 
