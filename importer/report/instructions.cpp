@@ -35,6 +35,7 @@ struct Counted {
 
 Counted counted_of(const CountRow& row, double per_unit) {
   unsigned height = 0, width = 0, in = 0, out = 0;
+  char operation[8];
   const char* title = row.layer.c_str();
   if (std::sscanf(title, "convolution %ux%u, %u to %u", &height, &width, &in, &out) == 4) {
     return {"convolution", double(height) * width * in, double(out), per_unit};
@@ -44,6 +45,10 @@ Counted counted_of(const CountRow& row, double per_unit) {
   }
   if (std::sscanf(title, "dense, %u to %u", &in, &out) == 2) {
     return {"dense", double(in), double(out), per_unit};
+  }
+  if (std::sscanf(title, "%7s pooling %ux%u", operation, &width, &height) == 3) {
+    const double cells = double(width) * height;
+    return {operation + std::string(" pooling"), cells, 1, per_unit / cells};
   }
   if (std::sscanf(title, "LSTM, %u features, %u units", &in, &out) == 2) {
     return {"LSTM", double(in) + out, double(out), per_unit / (4.0 * out * (in + out))};
@@ -147,17 +152,49 @@ std::string type_of_layer(const Layer& layer) {
 // What a function without weights is called in the table.
 std::string kind_of_function(const Layer& layer) {
   static constexpr const char* kNames[][2] = {
-      {"forward_relu", "relu"},  {"forward_exp", "exp"},   {"forward_sigmoid", "sigmoid"},
-      {"forward_tanh", "tanh"},  {"forward_elu", "elu"},   {"forward_selu", "selu"},
-      {"forward_sm", "softmax"}, {"forward_cosh", "cosh"}, {"forward_soft_plus", "softplus"},
-      {"forward_sinh", "sinh"}};
+      {"forward_relu", "relu"},
+      {"forward_relu_integer", "relu"},
+      {"forward_relu_fixed", "relu"},
+      {"forward_clip_integer", "clip"},
+      {"forward_nl_integer", "table"},
+      {"forward_exp", "exp"},
+      {"forward_sigmoid", "sigmoid"},
+      {"forward_tanh", "tanh"},
+      {"forward_elu", "elu"},
+      {"forward_selu", "selu"},
+      {"forward_sm", "softmax"},
+      {"forward_cosh", "cosh"},
+      {"forward_soft_plus", "softplus"},
+      {"forward_sinh", "sinh"},
+      {"forward_add_integer", "addition"},
+      {"forward_mp", "max pooling"},
+      {"forward_mp_integer", "max pooling"},
+      {"forward_mp_fixed", "max pooling"},
+      {"forward_ap", "average pooling"},
+      {"forward_ap_integer", "average pooling"},
+      {"forward_ap_fixed", "average pooling"},
+      {"node_convert_integer", "int8 to uint8"},
+  };
   for (const auto& [function, kind] : kNames) {
     if (layer.forward.name == function) {
       return kind;
     }
   }
+  if (layer.forward.name == "forward_eltwise") {
+    const ai_binary_fn operation = layer.as<ai_layer_eltwise>().operation;
+    return operation == ai_sum || operation == ai_sub || operation == ai_mul ? "addition" : "";
+  }
   if (layer.forward.name == "node_convert") {
-    return type_of_layer(layer) == "float" ? "float to int8" : "int8 to float";
+    const auto name_of = [](const Tensor& t) -> std::string {
+      const bool is_float = ai_fmt_get_code(t.array.format) == AI_ARRAY_FORMAT_FLOAT;
+      const bool is_integer = t.quantization != nullptr;
+      return is_float                               ? "float"
+             : is_integer                           ? "int8"
+             : ai_fmt_get_bits(t.array.format) == 8 ? "Q7"
+                                                    : "Q15";
+    };
+    return name_of(*layer.lists[AI_CHAIN_INPUT].at(0)) + " to " +
+           name_of(*layer.lists[AI_CHAIN_OUTPUT].at(0));
   }
   return "";
 }
@@ -177,6 +214,14 @@ LayerWork work_of(const Layer& layer) {
   if (weights.empty() || weights[0] == nullptr) {
     work.kind = kind_of_function(layer);
     work.units = outputs.at(0)->dims.elements();
+    if (work.type == "uint8") {
+      work.type = "int8";  // the same loops
+    }
+    if (work.kind.ends_with(" pooling")) {
+      const auto& window = layer.as<ai_layer_pool>().pool_size;
+      work.products = double(window[0]) * window[1];
+      work.units *= uint64_t{window[0]} * window[1];
+    }
     return work;
   }
   const Dims& w = weights[0]->dims;

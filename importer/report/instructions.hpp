@@ -25,16 +25,17 @@ struct Estimate {
 struct LayerWork {
   std::string kind;  // "convolution", "depthwise", "dense", "relu", ...; empty: nothing was counted
   std::string type;  // "float", "int8", "uint8", "Q7", "Q15"
-  uint64_t units;    // multiply-accumulates, or elements
-  double products;   // summed up for one output value
+  uint64_t units;    // multiply-accumulates, cells of windows, or elements
+  double products;   // or cells, that one output value is made of
   double channels;   // of the output
 };
 LayerWork work_of(const Layer& layer);
 
 // The estimate for a column of the page's table ("m4f O2"); nothing when no such layer was counted.
 //
-// Instructions per multiply-accumulate are a + b / products + c / channels, not below zero, fitted
-// to the counted layers: what each product costs, each output value, and each loading of an input.
+// Instructions per multiply-accumulate or cell are a + b / products + c / channels, not below zero,
+// fitted to the counted layers: what each product costs, each output value, and each loading of an
+// input.
 std::optional<Estimate> estimate(const FootprintPage& page, const LayerWork& work,
                                  std::string_view column);
 

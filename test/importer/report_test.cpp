@@ -95,7 +95,10 @@ std::string page_of(const std::vector<std::array<int, 2>>& layers) {
     page += "| convolution 1x1, " + std::to_string(in) + " to " + std::to_string(out) +
             " channels | int8 | " + std::to_string(2 + 30.0 / in + 5.0 / out) + " |\n";
   }
-  return page + "| relu | element | 4 |\n<!-- instructions -->\n";
+  return page +
+         "| relu | float element | 4 |\n| float to int8 | element | 7 |\n"
+         "| max pooling 2x2, stride 2 | int8 element | 13 |\n"
+         "| max pooling 3x3, stride 1 | int8 element | 23 |\n<!-- instructions -->\n";
 }
 
 std::optional<Estimate> estimate_of(const std::string& page, double in, double out,
@@ -115,6 +118,10 @@ TEST(Instructions, AreCountedFittedOrScaled) {
   EXPECT_EQ(scaled->basis, Basis::scaled);
   EXPECT_NEAR(scaled->instructions, 1000 * (2 + 30.0 / 8 + 5.0 / 16), 0.5);
   EXPECT_NEAR(estimate_of(three, 1, 1, "relu", "float")->instructions, 4000, 0.5);
+  EXPECT_FALSE(estimate_of(three, 1, 1, "relu", "int8"));
+  EXPECT_NEAR(estimate_of(three, 1, 1, "float to int8", "float")->instructions, 7000, 0.5);
+  // 5 an output and 2 a cell: 40 outputs of 25 cells.
+  EXPECT_NEAR(estimate_of(three, 25, 1, "max pooling", "int8")->instructions, 40 * 55, 0.5);
   EXPECT_FALSE(estimate_of(three, 8, 16, "convolution", "float"));
   EXPECT_FALSE(estimate_of(three, 8, 16, ""));
 }
@@ -135,6 +142,10 @@ TEST(Instructions, PageOfThisVersionHasWhatIsLookedFor) {
       const LayerWork work{kind, type, 100, 9, 4};
       EXPECT_TRUE(estimate(footprint_page(), work, "m55 O2")) << kind << " " << type;
     }
+  }
+  for (const char* kind : {"relu", "table", "clip", "addition", "max pooling", "average pooling",
+                           "float to int8", "Q7 to float", "int8 to uint8"}) {
+    EXPECT_TRUE(estimate(footprint_page(), {kind, "int8", 100, 4, 4}, "m4f O2")) << kind;
   }
   EXPECT_GT(footprint_page().flash("m55", "forward_gru").value_or(0), 1000u);
   EXPECT_FALSE(footprint_page().flash("m55", "forward_nothing"));

@@ -24,6 +24,7 @@ MACHINES = {name: ("qemu-system-%s -M %s" % machine).split() for name, machine i
 CHECKED = ["m4f", "m55"]
 FUSING = ["m4f", "m7f", "m33", "m55"]
 LEVELS = ["O2", "Os"]
+PROGRAMS = ["count_layers", "count_pooling", "count_element_wise"]
 
 
 def run(*command, **options):
@@ -33,7 +34,7 @@ def run(*command, **options):
     return done.stdout
 
 
-def count(target, directory, program="count_layers"):
+def count(target, directory, program):
     """{(layer, type or unit): instructions per unit} of a target's configured build"""
     plugin = ROOT / "build" / "region_counter.so"
     run("gcc", "-O2", "-shared", "-fPIC", "-o", plugin, HERE / "region_counter.c")
@@ -61,12 +62,15 @@ def build(target, level, fused):
 
 def measure(target, level):
     directory = build(target, level, False)
-    return {**count(target, directory), **count(target, directory, "count_element_wise")}
+    rows = {}
+    for program in PROGRAMS:
+        rows.update(count(target, directory, program))
+    return rows
 
 
 def with_fused(measured, target, level):
     """The same with a row behind each float layer, of the build that rounds product and sum once."""
-    fused = count(target, build(target, level, True)) if target in FUSING else {}
+    fused = count(target, build(target, level, True), PROGRAMS[0]) if target in FUSING else {}
     rows = {}
     for (layer, kind), figure in measured.items():
         rows[layer, kind] = figure
