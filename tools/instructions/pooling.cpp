@@ -2,6 +2,7 @@
 // As layers.cpp, for pooling layers, which are counted by the element of their output. Prints
 // layer, unit, number of units.
 #include <cstdio>
+#include <initializer_list>
 
 #include "nnlib.h"
 #include "tools/instructions/region.hpp"
