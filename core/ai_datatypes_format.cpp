@@ -61,40 +61,39 @@ constexpr uint32_t kZeroFbits = 0x40;
 constexpr uint32_t kQBits = UINT32_C(0x3FFF);
 constexpr uint32_t kSignBit = UINT32_C(0x800000);
 
+// Without the names: those of a product that asks for none are not linked.
 struct FormatList {
   const uint32_t* codes;
-  const FormatName* names;
   uint32_t count;
   uint32_t family_mask;
 
-  const FormatName* find(uint32_t code) const {
-    for (uint32_t i = 0; i < count; ++i) {
-      if (codes[i] == code) {
-        return &names[i];
-      }
+  // The place of a code, or `count`.
+  uint32_t find(uint32_t code) const {
+    uint32_t i = 0;
+    while (i < count && codes[i] != code) {
+      ++i;
     }
-    return nullptr;
+    return i;
   }
-  const FormatName* find_family(uint32_t fmt) const {
-    return find((fmt & family_mask) | kZeroFbits);
-  }
-  const char* name(uint32_t fmt) const {
-    if (const FormatName* named = find(ai_fmt_get_code(fmt))) {
-      return named->exact;
-    }
-    const FormatName* family = find_family(fmt);
-    return family != nullptr ? family->family : "";
-  }
+  bool has(uint32_t code) const { return find(code) != count; }
+  uint32_t find_family(uint32_t fmt) const { return find((fmt & family_mask) | kZeroFbits); }
 };
 
 template <size_t N>
-constexpr FormatList make_list(const uint32_t (&codes)[N], const FormatName (&names)[N],
-                               uint32_t family_mask) {
-  return {codes, names, static_cast<uint32_t>(N), family_mask};
+constexpr FormatList make_list(const uint32_t (&codes)[N], uint32_t family_mask) {
+  return {codes, static_cast<uint32_t>(N), family_mask};
 }
 
-constexpr FormatList kArrayList = make_list(kArrayFormats, kArrayNames, kFamilyMask);
-constexpr FormatList kBufferList = make_list(kBufferFormats, kBufferNames, kBufferFamilyMask);
+constexpr FormatList kArrayList = make_list(kArrayFormats, kFamilyMask);
+constexpr FormatList kBufferList = make_list(kBufferFormats, kBufferFamilyMask);
+
+const char* name_of(const FormatList& list, const FormatName* names, uint32_t fmt) {
+  if (const uint32_t i = list.find(ai_fmt_get_code(fmt)); i != list.count) {
+    return names[i].exact;
+  }
+  const uint32_t i = list.find_family(fmt);
+  return i != list.count ? names[i].family : "";
+}
 
 uint32_t element_bits(ai_array_format fmt) {
   return ai_fmt_get_bits(fmt) + ai_fmt_get_pbits(fmt);
@@ -132,27 +131,27 @@ uint32_t ai_buffer_fmt_get_formats(const ai_buffer_format** formats) {
 }
 
 const char* ai_array_fmt_name(ai_array_format fmt) {
-  return kArrayList.name(fmt);
+  return name_of(kArrayList, kArrayNames, fmt);
 }
 
 const char* ai_buffer_fmt_name(ai_buffer_format fmt) {
-  return kBufferList.name(fmt);
+  return name_of(kBufferList, kBufferNames, fmt);
 }
 
 bool ai_array_fmt_valid(ai_array_format fmt) {
-  return kArrayList.name(fmt)[0] != '\0';
+  return ai_array_fmt_name(fmt)[0] != '\0';
 }
 
 bool ai_buffer_fmt_valid(ai_buffer_format fmt) {
-  return kBufferList.name(fmt)[0] != '\0';
+  return ai_buffer_fmt_name(fmt)[0] != '\0';
 }
 
 bool ai_array_fmt_exported(ai_array_format fmt) {
   const uint32_t code = ai_fmt_get_code(fmt);
-  if (kArrayList.find(code) != nullptr) {
-    return kBufferList.find(code) != nullptr;
+  if (kArrayList.has(code)) {
+    return kBufferList.has(code);
   }
-  return kArrayList.find_family(fmt) != nullptr;
+  return kArrayList.find_family(fmt) != kArrayList.count;
 }
 
 ai_buffer_format ai_array_to_buffer_fmt(ai_array_format fmt) {
@@ -161,12 +160,12 @@ ai_buffer_format ai_array_to_buffer_fmt(ai_array_format fmt) {
     return ai_fmt_set_type_id(fmt & (kSignBit | kQBits), AI_FORMAT_TYPE_Q) | flags;
   }
   const ai_buffer_format code = ai_fmt_get_code(fmt);
-  return (kBufferList.find(code) != nullptr ? code : AI_BUFFER_FORMAT_NONE) | flags;
+  return (kBufferList.has(code) ? code : AI_BUFFER_FORMAT_NONE) | flags;
 }
 
 ai_array_format ai_buffer_to_array_fmt(ai_buffer_format fmt) {
   const uint32_t flags = fmt & AI_FORMAT_KEPT_FLAGS;
-  if (kBufferList.find(ai_fmt_get_code(fmt)) != nullptr) {
+  if (kBufferList.has(ai_fmt_get_code(fmt))) {
     return ai_fmt_get_code(fmt) | flags;
   }
   return ai_fmt_set_type_id(fmt & (kSignBit | kQBits), AI_FORMAT_TYPE_Q) | flags;

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "core/core_convert.h"
 
-#include <cmath>
+#include <bit>
 #include <cstring>
+#include <type_traits>
 
 #include "kernels/arm_convert.h"
 #include "kernels/arm_shift.h"
@@ -10,18 +11,27 @@
 #include "kernels/saturate.hpp"
 #include "kernels/vector.hpp"
 #include "layers/layer_tensors.hpp"
+#include "layers_quantized/quantized_types.hpp"
 
 namespace nnlib {
 namespace {
 
+// The exponents of formats are far inside those of floats.
 void scale_by_power_of_two(float* values, int32_t exponent, ai_size count) {
-  const float factor = static_cast<float>(std::ldexp(1.0, exponent));
+  const float factor = std::bit_cast<float>(static_cast<uint32_t>(127 + exponent) << 23);
   for (ai_size i = 0; i < count; ++i) {
     values[i] *= factor;
   }
 }
 
+void require_fixed() {
+  if (!kFixedLinked) {
+    core_hang();
+  }
+}
+
 void float_to_fixed(float* in, const ai_tensor& output, ai_size count) {
+  require_fixed();
   const ai_array_format format = ai_tensor_format(&output);
   if (const int32_t integer_bits = ai_fmt_get_ibits(format); integer_bits != 0) {
     scale_by_power_of_two(in, -integer_bits, count);
@@ -58,17 +68,21 @@ void quantize(const float* in, T* out, ai_size count, Function function) {
 void float_to_integer(const float* in, const ai_tensor& output, ai_size count) {
   const float scale = ai_tensor_scale(&output, 0);
   const float zero_point = static_cast<float>(ai_tensor_zeropoint(&output, 0));
-  if (ai_fmt_is_signed(ai_tensor_format(&output))) {
-    quantize(in, tensor_data<int8_t>(output), count,
-             [=](float x) { return saturate<int8_t>(plus_half_away(x / scale + zero_point)); });
-  } else {
-    const float offset = zero_point + 0.5f;
-    quantize(in, tensor_data<uint8_t>(output), count,
-             [=](float x) { return saturate<uint8_t>(x / scale + offset); });
-  }
+  for_elements(ai_fmt_is_signed(ai_tensor_format(&output)), [&](auto element) {
+    using T = decltype(element);
+    if constexpr (std::is_signed_v<T>) {
+      quantize(in, tensor_data<T>(output), count,
+               [=](float x) { return saturate<T>(plus_half_away(x / scale + zero_point)); });
+    } else {
+      const float offset = zero_point + 0.5f;
+      quantize(in, tensor_data<T>(output), count,
+               [=](float x) { return saturate<T>(x / scale + offset); });
+    }
+  });
 }
 
 void fixed_to_float(const ai_tensor& input, float* out, ai_size count) {
+  require_fixed();
   const ai_array_format format = ai_tensor_format(&input);
   if (ai_fmt_get_bits(format) == 8) {
     arm_q7_to_float(tensor_data<q7_t>(input), out, count);
@@ -80,14 +94,15 @@ void fixed_to_float(const ai_tensor& input, float* out, ai_size count) {
   }
 }
 
-template <class T>
 void integer_to_float(const ai_tensor& input, float* out, ai_size count) {
-  const T* in = tensor_data<T>(input);
   const float scale = ai_tensor_scale(&input, 0);
   const int32_t zero_point = ai_tensor_zeropoint(&input, 0);
-  for (ai_size i = 0; i < count; ++i) {
-    out[i] = static_cast<float>(in[i] - zero_point) * scale;
-  }
+  for_elements(ai_fmt_is_signed(ai_tensor_format(&input)), [&](auto element) {
+    const auto* in = tensor_data<decltype(element)>(input);
+    for (ai_size i = 0; i < count; ++i) {
+      out[i] = static_cast<float>(in[i] - zero_point) * scale;
+    }
+  });
 }
 
 void shift(const q7_t* in, int32_t count, q7_t* out, ai_size elements) {
@@ -149,10 +164,8 @@ void node_convert(ai_layer* layer) {
   float* out = nnlib::tensor_data<float>(output);
   if (input.klass == nullptr) {
     nnlib::fixed_to_float(input, out, count);
-  } else if (ai_fmt_is_signed(ai_tensor_format(&input))) {
-    nnlib::integer_to_float<int8_t>(input, out, count);
   } else {
-    nnlib::integer_to_float<uint8_t>(input, out, count);
+    nnlib::integer_to_float(input, out, count);
   }
 }
 

@@ -101,10 +101,11 @@ struct FourChannels {
   int16_t same_shifts[4];
 };
 
-// All blocks of one output pixel.
-template <bool kThree, class Activation>
+// All blocks of one output pixel. three: whether the kernel is one of 3x3, as a type for speed, as
+// a bool in one code for size.
+template <class Three, class Activation>
 NNLIB_NOINLINE void depthwise_pixel(const FourChannels<Activation>& four, TapRows<Activation> in,
-                                    Activation* out) {
+                                    Activation* out, Three three) {
   struct {
     const int32_t* bias;
     const int32_t* multipliers;
@@ -121,7 +122,7 @@ NNLIB_NOINLINE void depthwise_pixel(const FourChannels<Activation>& four, TapRow
     }
     keep_in_memory(at);
     keep_in_memory(left);
-    if constexpr (kThree) {
+    if (three) {
       add_window_3x3(in, offset, weights, sums);
     } else {
       add_window(in, four.width, four.taps, offset, weights, sums);
@@ -173,10 +174,12 @@ uint32_t depthwise_fours(const Depthwise<Activation>& d, uint32_t y, uint32_t ch
       in = copy_window(d, rows, columns);
     }
     in.first += channel;
-    if (three) {
-      depthwise_pixel<kUnrolled>(four, in, out + channel);
+    if (kUnrolled && !NNLIB_FOR_SPEED) {
+      depthwise_pixel(four, in, out + channel, three);
+    } else if (three) {
+      depthwise_pixel(four, in, out + channel, std::bool_constant<kUnrolled>());
     } else {
-      depthwise_pixel<false>(four, in, out + channel);
+      depthwise_pixel(four, in, out + channel, std::false_type());
     }
   }
   return end;

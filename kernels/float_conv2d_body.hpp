@@ -114,7 +114,7 @@ inline void conv_line(const Conv2d& conv, const Chunk& chunk, const Line& line) 
 
 // All pixels over one chunk: complete windows row by row, then the cut ones left and right, which
 // share their taps with those above and below.
-inline void conv_sweep(const Conv2d& conv, const Chunk& chunk) {
+NNLIB_ALWAYS_INLINE void conv_sweep(const Conv2d& conv, const Chunk& chunk) {
   const Span inner_x = complete_windows(conv.x);
   const Span inner_y = complete_windows(conv.y);
   for (uint32_t y = 0; y < conv.y.out && inner_x.begin < inner_x.end; ++y) {
@@ -167,7 +167,7 @@ inline size_t chunk_depth(const Conv2d& conv, bool row_runs, size_t first) {
   return std::min({(run + parts - 1) / parts, run - first % run, left});
 }
 
-inline void conv2d(const Conv2d& conv) {
+static void conv2d(const Conv2d& conv) {
   TileBuffer buffer;
   const bool row_runs = rows_are_runs(conv, !kPacks);
   const size_t total = size_t{conv.y.taps} * conv.x.taps * conv.in_channels;

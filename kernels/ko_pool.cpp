@@ -30,31 +30,45 @@ struct Average : IntegerSum {
   }
 };
 
+// An output from a window's fold.
+template <class Pooling, class T>
+struct Output {
+  bool same;  // quantization at both ends
+  float in_zeropoint;
+  float ratio;
+  float out_zeropoint;
+
+  template <class Folded>
+  T rescaled(Folded folded, uint32_t count) const {
+    const float m = Pooling::template real<T>(folded, count);
+    return round_quantized<T>((m - in_zeropoint) * ratio + out_zeropoint);
+  }
+  template <class Folded>
+  NNLIB_INLINE_FOR_SPEED T operator()(Folded folded, uint32_t count) const {
+    return same ? Pooling::template exact<T>(folded, count) : rescaled(folded, count);
+  }
+};
+
 template <class Pooling, class T>
 void pool(const PoolGeometry& g, const T* in, T* out, const PoolQuantization& q) {
   const T outside = static_cast<T>(q.out_zeropoint);
-  const float ratio = q.in_scale / q.out_scale;
   const float in_zeropoint = static_cast<T>(q.in_zeropoint);
   const float out_zeropoint = outside;
-  const bool same = q.in_scale == q.out_scale && in_zeropoint == out_zeropoint;
-  const auto exact = [](auto folded, uint32_t count) {
-    return Pooling::template exact<T>(folded, count);
-  };
-  const auto rescaled = [=](auto folded, uint32_t count) {
-    const float m = Pooling::template real<T>(folded, count);
-    return round_quantized<T>((m - in_zeropoint) * ratio + out_zeropoint);
-  };
+  const Output<Pooling, T> output = {q.in_scale == q.out_scale && in_zeropoint == out_zeropoint,
+                                     in_zeropoint, q.in_scale / q.out_scale, out_zeropoint};
 #if NNLIB_VECTOR_LANES > 1
-  if (same) {
-    integer_pool<Pooling>(g, in, out, outside, exact);
+  if (output.same) {
+    integer_pool<Pooling>(g, in, out, outside, [](auto folded, uint32_t count) {
+      return Pooling::template exact<T>(folded, count);
+    });
   } else {
-    integer_pool<Pooling>(g, in, out, outside, rescaled);
+    integer_pool<Pooling>(g, in, out, outside, [output](auto folded, uint32_t count) {
+      return output.rescaled(folded, count);
+    });
   }
 #else
   // All the folding only once.
-  integer_pool<Pooling>(g, in, out, outside, [=](auto folded, uint32_t count) {
-    return same ? exact(folded, count) : rescaled(folded, count);
-  });
+  integer_pool<Pooling>(g, in, out, outside, output);
 #endif
 }
 

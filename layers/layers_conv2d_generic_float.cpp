@@ -7,7 +7,8 @@
 #include "kernels/ai_dictionary.h"
 #include "kernels/float_conv2d.hpp"
 #include "kernels/float_depthwise.hpp"
-#include "kernels/pool_geometry.hpp"
+#include "kernels/vector.hpp"
+#include "kernels/window.hpp"
 #include "layers/dictionary_weights.hpp"
 #include "layers/layer_tensors.hpp"
 #include "layers/pooled_rows.hpp"
@@ -73,27 +74,39 @@ struct Convolution {
   bool depthwise;
 };
 
+// Both directions of a convolution into a dense map of out_width times out_height.
+void set_axes(Conv2d& conv, const ai_layer_conv2d& layer, uint32_t out_width, uint32_t out_height) {
+  const MapDims in = map_dims(layer_input(layer.base));
+  const uint32_t out_channels = map_dims(layer_output(layer.base)).channels;
+  const uint32_t tap_channels = layer_weights(layer.base).shape.data[0];
+  const Filter x = filter_x(layer), y = filter_y(layer);
+  conv.x = x.axis(in.width, out_width, in.channels, out_channels, tap_channels);
+  conv.y = y.axis(in.height, out_height, size_t{in.width} * in.channels,
+                  size_t{out_width} * out_channels, x.taps * tap_channels);
+}
+
 // Of all outputs of a dense map of out_width times out_height at out.
 Convolution convolution_of(const ai_layer_conv2d& layer, uint32_t scratch_index, float* out,
                            uint32_t out_width, uint32_t out_height) {
   const ai_tensor& input = layer_input(layer.base);
   const ai_tensor* bias = optional_tensor(layer.base, AI_CHAIN_WEIGHTS, 1);
-  const MapDims in = map_dims(input);
-  const uint32_t out_channels = map_dims(layer_output(layer.base)).channels;
-  const uint32_t tap_channels = layer_weights(layer.base).shape.data[0];
+  const uint32_t* filter = layer_weights(layer.base).shape.data;
+  const uint32_t tap_channels = filter[0];
   const bool depthwise =
-      layer.groups > 1 && tap_channels == in.channels && layer.groups == tap_channels;
+      layer.groups > 1 && tap_channels == map_dims(input).channels && layer.groups == tap_channels;
   const uint32_t groups = depthwise ? 1 : layer.groups;
-  const Filter x = filter_x(layer), y = filter_y(layer);
-  const uint32_t tap_row = x.taps * tap_channels;
-  return {{tensor_data<const float>(input), float_weights(layer.base, scratch_index),
-           bias != nullptr ? tensor_data<const float>(*bias) : nullptr, out, tap_channels,
-           groups == 0 ? 0 : out_channels / groups, size_t{tap_row} * y.taps,
-           x.axis(in.width, out_width, in.channels, out_channels, tap_channels),
-           y.axis(in.height, out_height, size_t{in.width} * in.channels,
-                  size_t{out_width} * out_channels, tap_row)},
-          groups,
-          depthwise};
+  Convolution c;
+  c.conv.in = tensor_data<const float>(input);
+  c.conv.weights = float_weights(layer.base, scratch_index);
+  c.conv.bias = bias != nullptr ? tensor_data<const float>(*bias) : nullptr;
+  c.conv.out = out;
+  c.conv.in_channels = tap_channels;
+  c.conv.out_channels = groups == 0 ? 0 : map_dims(layer_output(layer.base)).channels / groups;
+  c.conv.weights_pitch = size_t{filter[1]} * tap_channels * filter[2];
+  set_axes(c.conv, layer, out_width, out_height);
+  c.groups = groups;
+  c.depthwise = depthwise;
+  return c;
 }
 
 void to_next_group(Conv2d& conv, ptrdiff_t groups = 1) {
@@ -117,12 +130,16 @@ void convolve(Convolution& c) {
   to_next_group(c.conv, -static_cast<ptrdiff_t>(c.groups));
 }
 
+uint32_t phases(const ConvAxis& axis) {
+  return std::max(axis.stride, uint32_t{1});  // 0 serves a single input position
+}
+
 // Turns one direction of a convolution into the outputs phase, phase + stride, ... of its
 // transpose. Output o sees input i through tap k where o + pad = i * stride + k * dilation:
 // neighbouring outputs of a phase see neighbouring inputs through the same taps, every
 // (stride / gcd)th of them, later taps earlier inputs.
 void take_phase(Conv2d& conv, ConvAxis& axis, uint32_t phase) {
-  const uint32_t stride = axis.stride, dilation = axis.dilation;
+  const uint32_t stride = phases(axis), dilation = axis.dilation;
   const uint32_t common = std::gcd(stride, dilation);
   const uint32_t tap_step = stride / common;
   const int64_t reach = phase - axis.start;
@@ -194,51 +211,53 @@ uint16_t u16(uint32_t value) {
   return static_cast<uint16_t>(value);
 }
 
-PoolGeometry pooling_of(const ai_layer_conv2d_nl_pool& layer, uint32_t in_width,
-                        uint32_t in_height) {
-  const MapDims out = map_dims(layer_output(layer.base.base));
-  return {in_width,
-          in_height,
-          out.channels,
-          layer.pool_size[0],
-          layer.pool_size[1],
-          layer.pool_pad.data[kPadLeft],
-          layer.pool_pad.data[kPadTop],
-          layer.pool_stride[0],
-          layer.pool_stride[1],
-          out.width,
-          out.height};
+// Pools `count` rows of the scratch array, the first at `rows`, into row y of the output at `to`.
+NNLIB_NOINLINE void pool_row(const ai_layer_conv2d_nl_pool& layer, float* to, void* rows,
+                             uint32_t count, uint32_t y) {
+  const ai_tensor& scratch = layer_scratch(layer.base.base);
+  const ai_tensor& output = layer_output(layer.base.base);
+  scratch.data->data = rows;
+  output.data->data = to + size_t{y} * map_dims(output).width * map_dims(output).channels;
+  const uint32_t* pad = layer.pool_pad.data;
+  const uint32_t above = pad[kPadTop] - std::min(pad[kPadTop], y * layer.pool_stride[1]);
+  layer.pool_func(scratch.data, u16(map_dims(scratch).width), u16(count),
+                  u16(map_dims(output).channels), u16(layer.pool_size[0]), u16(layer.pool_size[1]),
+                  u16(pad[kPadLeft]), u16(above), u16(layer.pool_stride[0]),
+                  u16(layer.pool_stride[1]), u16(map_dims(output).width), 1, output.data);
 }
 
-void convolve_and_pool(const ai_layer_conv2d_nl_pool& layer, ai_array& scratch, ai_array& output,
+NNLIB_NOINLINE void apply_to_row(const ai_layer_conv2d& layer, float* row) {
+  const ai_tensor& scratch = layer_scratch(layer.base);
+  Nonlinearity(layer).apply(*scratch.data, row, map_dims(scratch).width,
+                            map_dims(layer_output(layer.base)).channels);
+}
+
+// (What a row needs for a moment, pool_row and apply_to_row look up again: the convolution's stack
+// comes on top of this one.)
+void convolve_and_pool(const ai_layer_conv2d_nl_pool& layer, const ai_array& scratch, float* to,
                        uint32_t width) {
   Convolution c = convolution_of(layer.base, 1, nullptr, width, 1);
-  const Nonlinearity nonlinearity(layer.base);
-  const uint32_t channels = map_dims(layer_output(layer.base.base)).channels;
+  const MapDims out = map_dims(layer_output(layer.base.base));
   const uint32_t height =
       filter_y(layer.base).outputs(c.conv.y.in, layer.base.filter_pad.data[kPadBottom]);
-  const int64_t first = c.conv.y.start;
-  const PoolGeometry g = pooling_of(layer, width, height);
-  const uint32_t row_length = width * channels;
+  const uint32_t row_length = width * out.channels;
   const RowWindow window = {static_cast<uint8_t*>(scratch.data), row_length * sizeof(float),
                             row_length == 0 ? 0 : scratch.size / row_length};
-  float* out = static_cast<float*>(output.data);
   pool_row_by_row(
-      g, window,
+      out.height,
+      [&](uint32_t y) {
+        return clip_window(y, layer.pool_stride[1], layer.pool_pad.data[kPadTop],
+                           layer.pool_size[1], height);
+      },
+      window,
       [&](uint8_t* data, uint32_t y) {
         c.conv.out = reinterpret_cast<float*>(data);
-        c.conv.y.start = first + int64_t{y} * c.conv.y.stride;
+        c.conv.y.start =
+            int64_t{y} * c.conv.y.stride - int64_t{layer.base.filter_pad.data[kPadTop]};
         convolve(c);
-        nonlinearity.apply(scratch, c.conv.out, width, channels);
+        apply_to_row(layer.base, c.conv.out);
       },
-      [&](uint8_t* rows, uint32_t count, uint32_t /*above*/, uint32_t y) {
-        const uint32_t above = g.pad_y - std::min(g.pad_y, y * g.stride_y);
-        scratch.data = rows;
-        output.data = out + size_t{y} * g.out_width * g.channels;
-        layer.pool_func(&scratch, u16(width), u16(count), u16(g.channels), u16(g.pool_width),
-                        u16(g.pool_height), u16(g.pad_x), u16(above), u16(g.stride_x),
-                        u16(g.stride_y), u16(g.out_width), 1, &output);
-      });
+      [&](uint8_t* rows, const Window& of, uint32_t y) { pool_row(layer, to, rows, of.count, y); });
 }
 
 }  // namespace
@@ -261,16 +280,18 @@ void forward_conv2d_transpose(ai_layer* layer) {
   const ai_tensor& output = layer_output(*layer);
   const MapDims out = map_dims(output);
   float* to = tensor_data<float>(output);
-  Convolution whole = convolution_of(record, 0, to, out.width, out.height);
-  for (ConvAxis* axis : {&whole.conv.x, &whole.conv.y}) {
-    axis->stride = std::max(axis->stride, uint32_t{1});  // 0 serves a single input position
-  }
-  for (uint32_t y = 0; y < std::min(whole.conv.y.stride, out.height); ++y) {
-    for (uint32_t x = 0; x < std::min(whole.conv.x.stride, out.width); ++x) {
-      Convolution phase = whole;
-      take_phase(phase.conv, phase.conv.x, x);
-      take_phase(phase.conv, phase.conv.y, y);
-      convolve(phase);
+  Convolution c = convolution_of(record, 0, to, out.width, out.height);
+  const float* weights = c.conv.weights;
+  const uint32_t phases_x = std::min(phases(c.conv.x), out.width);
+  const uint32_t phases_y = std::min(phases(c.conv.y), out.height);
+  for (uint32_t y = 0; y < phases_y; ++y) {
+    for (uint32_t x = 0; x < phases_x; ++x) {
+      c.conv.out = to;
+      c.conv.weights = weights;
+      set_axes(c.conv, record, out.width, out.height);
+      take_phase(c.conv, c.conv.x, x);
+      take_phase(c.conv, c.conv.y, y);
+      convolve(c);
     }
   }
   apply_to_rows(record, to);
@@ -282,7 +303,7 @@ void forward_conv2d_nl_pool(ai_layer* layer) {
   const ai_tensor& output = layer_output(*layer);
   const ai_tensor& scratch = layer_scratch(*layer);
   if (map_dims(output).height != 0) {
-    convolve_and_pool(record, *scratch.data, *output.data, map_dims(scratch).width);
+    convolve_and_pool(record, *scratch.data, tensor_data<float>(output), map_dims(scratch).width);
   }
   output.data->data = output.data->data_start;
   scratch.data->data = scratch.data->data_start;

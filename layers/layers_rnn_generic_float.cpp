@@ -318,8 +318,9 @@ void run_steps(const typename Cell::Layer& layer, float* heap) {
   }
 }
 
+// A call of its own: where one layer leads to another, only one's frame is on the stack.
 template <class Cell>
-void forward(ai_layer* base) {
+NNLIB_NOINLINE void forward(ai_layer* base) {
   const auto& layer = layer_record<typename Cell::Layer>(base);
   void* heap = core_mem_alloc(size_t{Cell::kStates} * layer.n_units * sizeof(float));
   if (heap != nullptr) {

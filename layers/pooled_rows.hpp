@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "kernels/pool_geometry.hpp"
+#include "kernels/window.hpp"
 
 namespace nnlib {
 
@@ -19,22 +19,18 @@ struct RowWindow {
   uint32_t capacity;  // rows
 };
 
-// For each output row of the pooling g calls pool(rows, count, above, out_y): count rows of the map
-// lie at `rows`, those of the pooling window that are inside the map, and `above` is the number of
-// its rows that are cut off at the top. make(row, y) writes row y of the map when it is first
-// needed; rows between the windows are not made. Rows that are needed again move to the front when
-// the memory is used up, so that a window is always one run.
-template <class Make, class Pool>
-void pool_row_by_row(const PoolGeometry& g, const RowWindow& window, Make make, Pool pool) {
+// For each output row calls pool(data, rows, out_y), with rows = rows_of(out_y) those of the
+// pooling window, of which what is inside the map lies at `data`. make(row, y) writes row y of the
+// map when it is first needed; rows between the windows are not made. Rows that are needed again
+// move to the front when the memory is used up, so that a window is always one run.
+template <class RowsOf, class Make, class Pool>
+void pool_row_by_row(uint32_t out_height, RowsOf rows_of, const RowWindow& window, Make make,
+                     Pool pool) {
   uint32_t front = 0;  // the map's row at the front of the memory
   uint32_t next = 0;   // the row after the last one there
-  for (uint32_t out_y = 0; out_y < g.out_height; ++out_y) {
-    const Window rows = g.rows(out_y);
-    if (rows.empty()) {
-      pool(window.data, 0u, 0u, out_y);
-      continue;
-    }
-    if (rows.begin >= next) {
+  for (uint32_t out_y = 0; out_y < out_height; ++out_y) {
+    const Window rows = rows_of(out_y);
+    if (rows.empty() || rows.begin >= next) {
       front = next = rows.begin;
     } else if (rows.end() - front > window.capacity) {
       std::memmove(window.data, window.data + (rows.begin - front) * window.row_bytes,
@@ -44,7 +40,7 @@ void pool_row_by_row(const PoolGeometry& g, const RowWindow& window, Make make, 
     for (; next < rows.end(); ++next) {
       make(window.data + (next - front) * window.row_bytes, next);
     }
-    pool(window.data + (rows.begin - front) * window.row_bytes, rows.count, rows.tap, out_y);
+    pool(window.data + (rows.begin - front) * window.row_bytes, rows, out_y);
   }
 }
 

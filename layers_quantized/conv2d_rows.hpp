@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "kernels/conv_geometry.hpp"
+#include "kernels/pool_geometry.hpp"
 #include "layers/layer_tensors.hpp"
 #include "layers/layers_conv2d_generic_float.h"
 #include "layers/pooled_rows.hpp"
@@ -84,13 +85,14 @@ void pool_convolved_rows(const ai_layer_conv2d_nl_pool& layer, const ConvGeometr
   ai_array pooled = *output.data;
   const auto u16 = [](uint32_t size) { return static_cast<uint16_t>(size); };
   pool_row_by_row(
-      pooling, rows, make_row, [&](uint8_t* first, uint32_t count, uint32_t above, uint32_t y) {
+      pooling.out_height, [&](uint32_t y) { return pooling.rows(y); }, rows, make_row,
+      [&](uint8_t* first, const Window& of, uint32_t y) {
         convolved.data = first;
         pooled.data = tensor_data<uint8_t>(output) +
                       size_t{y} * pooling.out_width * pooling.channels * element_bytes;
-        layer.pool_func(&convolved, u16(pooling.in_width), u16(count), u16(pooling.channels),
+        layer.pool_func(&convolved, u16(pooling.in_width), u16(of.count), u16(pooling.channels),
                         u16(pooling.pool_width), u16(pooling.pool_height), u16(pooling.pad_x),
-                        u16(above), u16(pooling.stride_x), u16(pooling.stride_y),
+                        u16(of.tap), u16(pooling.stride_x), u16(pooling.stride_y),
                         u16(pooling.out_width), 1, &pooled);
       });
 }

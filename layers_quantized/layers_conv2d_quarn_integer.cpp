@@ -22,7 +22,7 @@ ai_size scratch_bytes(const ai_layer_conv2d& layer, const ConvGeometry& g, bool 
     return 0;
   }
   const uint32_t pairs =
-      has_channels(form_of(layer)) ? RequantizationPairs::scratch_size(g.out_channels) : 0;
+      has_channels(form_of(layer)) ? LayerQuantization::scratch_size(g.out_channels) : 0;
   return aligned_to_word(kernel->scratch_size(g)) + pairs;
 }
 
@@ -33,21 +33,16 @@ class PreparedConvolution {
                       uint32_t scratch_index)
       : kernel_(supported(kernel_of(layer, g, rgb))),
         scratch_(aligned_scratch(layer_scratch(layer.base, scratch_index))),
-        pairs_(requantization_pairs(
-            form_of(layer), layer_input(layer.base), layer_weights(layer.base),
-            layer_output(layer.base), g.out_channels,
-            [&] { return scratch_ + aligned_to_word(kernel_.scratch_size(g)); })) {
-    const ai_tensor& input = layer_input(layer.base);
-    const ai_tensor& weights = layer_weights(layer.base);
-    const ai_tensor* bias = optional_tensor(layer.base, AI_CHAIN_WEIGHTS, 1);
-    arguments_ = {
-        g,
-        ai_tensor_data(&input),
-        ai_tensor_data(&weights),
-        static_cast<const int32_t*>(ai_tensor_data(bias)),
-        kernel_quantization(form_of(layer), pairs_, input, weights, layer_output(layer.base)),
-        nullptr,
-        scratch_};
+        quantization_(layer.base, form_of(layer), g.out_channels,
+                      scratch_ + aligned_to_word(kernel_.scratch_size(g))),
+        arguments_{g,
+                   ai_tensor_data(&layer_input(layer.base)),
+                   ai_tensor_data(&layer_weights(layer.base)),
+                   static_cast<const int32_t*>(
+                       ai_tensor_data(optional_tensor(layer.base, AI_CHAIN_WEIGHTS, 1))),
+                   quantization_,
+                   nullptr,
+                   scratch_} {
     kernel_.prepare(arguments_);
   }
   PreparedConvolution(const PreparedConvolution&) = delete;
@@ -79,7 +74,7 @@ class PreparedConvolution {
 
   const IntegerConvKernel& kernel_;
   uint8_t* scratch_;
-  RequantizationPairs pairs_;
+  LayerQuantization quantization_;
   IntegerConvolution arguments_;
 };
 

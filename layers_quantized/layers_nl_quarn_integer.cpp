@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "layers/layer_tensors.hpp"
+#include "layers_quantized/quantized_types.hpp"
 
 namespace {
 
@@ -14,14 +15,11 @@ void apply(ai_array* out, const ai_array* in, ai_size size, const void* params) 
   if (params == nullptr) {
     core_fault();
   }
-  if (ai_fmt_is_signed(in->format)) {
-    Function<int8_t>::apply(static_cast<int8_t*>(out->data), static_cast<const int8_t*>(in->data),
-                            size, static_cast<const int8_t*>(params));
-  } else {
-    Function<uint8_t>::apply(static_cast<uint8_t*>(out->data),
-                             static_cast<const uint8_t*>(in->data), size,
-                             static_cast<const uint8_t*>(params));
-  }
+  nnlib::for_elements(ai_fmt_is_signed(in->format), [=](auto element) {
+    using T = decltype(element);
+    Function<T>::apply(static_cast<T*>(out->data), static_cast<const T*>(in->data), size,
+                       static_cast<const T*>(params));
+  });
 }
 
 template <class T>

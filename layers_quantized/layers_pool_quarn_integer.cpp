@@ -3,23 +3,32 @@
 
 #include "kernels/ko_pool.hpp"
 #include "layers_quantized/pool_layer.hpp"
+#include "layers_quantized/quantized_types.hpp"
 
 namespace nnlib {
 namespace {
 
 using PoolKernel = void(const PoolGeometry&, const void*, void*, const PoolQuantization&);
 
-// The kernels of one operation.
+// The kernels of one operation, null for types left out of the build.
 struct Kernels {
   PoolKernel* of_uint8;
   PoolKernel* of_int8;
 };
-constexpr Kernels kMaximum = {max_pool<uint8_t>, max_pool<int8_t>};
-constexpr Kernels kAverage = {average_pool<uint8_t>, average_pool<int8_t>};
+template <class T>
+constexpr PoolKernel* linked(PoolKernel* kernel) {
+  return kElementsLinked<T> ? kernel : nullptr;
+}
+constexpr Kernels kMaximum = {linked<uint8_t>(max_pool<uint8_t>), linked<int8_t>(max_pool<int8_t>)};
+constexpr Kernels kAverage = {linked<uint8_t>(average_pool<uint8_t>),
+                              linked<int8_t>(average_pool<int8_t>)};
 
 void pool_arrays(const Kernels& kernels, const PoolGeometry& geometry, const ai_array& in,
                  const ai_array& out, const PoolQuantization& quantization) {
   PoolKernel* kernel = ai_fmt_is_signed(in.format) ? kernels.of_int8 : kernels.of_uint8;
+  if (kernel == nullptr) {
+    core_hang();
+  }
   kernel(geometry, in.data, out.data, quantization);
 }
 

@@ -2,6 +2,7 @@
 #include "layers_quantized/layers_quarn_integer.h"
 
 #include <algorithm>
+#include <type_traits>
 
 #include "core/core_broadcast.h"
 #include "kernels/integer_dense.hpp"
@@ -14,7 +15,7 @@ namespace {
 
 // --- dense ----------------------------------------------------------------------------------
 
-#define PRODUCT(types) connect<KO_TYPES(types)>,
+#define PRODUCT(types) kTypesLinked<KO_TYPES(types)> ? connect<KO_TYPES(types)> : nullptr,
 constexpr void (*kProducts[])(const IntegerProduct&) = {KO_TYPES_WORDS(PRODUCT)};
 
 uint32_t widened_size(uint32_t length) {
@@ -33,9 +34,9 @@ void dense(const ai_layer& layer) {
   const MapDims out = map_dims(output);
   const ai_tensor* optional = ai_tensor_chain_scratch(layer.tensor_chain, 0);
   uint8_t* scratch = optional != nullptr ? aligned_scratch(*optional) : nullptr;
-  const RequantizationPairs pairs = requantization_pairs(
-      form, input, weights, output, out.channels,
-      [&] { return aligned_scratch(layer_scratch(layer)) + widened_size(length); });
+  uint8_t* pairs_scratch =
+      has_channels(form) ? aligned_scratch(layer_scratch(layer)) + widened_size(length) : nullptr;
+  const LayerQuantization quantization(layer, form, out.channels, pairs_scratch);
   const uint8_t* in = tensor_data<const uint8_t>(input);
   uint8_t* to = tensor_data<uint8_t>(output);
   IntegerProduct product = {
@@ -44,7 +45,7 @@ void dense(const ai_layer& layer) {
       length,
       out.channels,
       static_cast<const int32_t*>(ai_tensor_data(optional_tensor(layer, AI_CHAIN_WEIGHTS, 1))),
-      kernel_quantization(form, pairs, input, weights, output),
+      quantization,
       to,
       scratch};
   for (uint32_t position = 0; position < out.width * out.height; ++position) {
@@ -78,15 +79,19 @@ struct Sum {
 
 void add_vectors(const Addend& a, const uint8_t* in_a, const Addend& b, const uint8_t* in_b,
                  const Sum& sum, uint8_t* out, uint32_t count) {
-  if (sum.is_signed) {
-    ko_int8_add(reinterpret_cast<const int8_t*>(in_a), reinterpret_cast<const int8_t*>(in_b),
-                reinterpret_cast<int8_t*>(out), count, a.scale, static_cast<int8_t>(a.zeropoint),
-                b.scale, static_cast<int8_t>(b.zeropoint), sum.scale,
-                static_cast<int8_t>(sum.zeropoint));
-  } else {
-    ko_uint8_add(in_a, in_b, out, count, a.scale, static_cast<uint8_t>(a.zeropoint), b.scale,
-                 static_cast<uint8_t>(b.zeropoint), sum.scale, static_cast<uint8_t>(sum.zeropoint));
-  }
+  for_elements(sum.is_signed, [&](auto element) {
+    using T = decltype(element);
+    const auto kernel = [] {
+      if constexpr (std::is_signed_v<T>) {
+        return ko_int8_add;
+      } else {
+        return ko_uint8_add;
+      }
+    }();
+    kernel(reinterpret_cast<const T*>(in_a), reinterpret_cast<const T*>(in_b),
+           reinterpret_cast<T*>(out), count, a.scale, static_cast<T>(a.zeropoint), b.scale,
+           static_cast<T>(b.zeropoint), sum.scale, static_cast<T>(sum.zeropoint));
+  });
 }
 
 // One run of the output. An element that repeats is spread out for a part of the run at a time.
@@ -191,7 +196,7 @@ ai_size ai_dense_integer_scratch_size(const ai_layer* layer) {
   const bool channels =
       nnlib::has_channels(nnlib::integer_form(input, nnlib::layer_weights(*layer)));
   return nnlib::widened_size(nnlib::map_dims(input).channels) +
-         (channels ? nnlib::RequantizationPairs::scratch_size(rows) : 0);
+         (channels ? nnlib::LayerQuantization::scratch_size(rows) : 0);
 }
 
 void forward_add_integer(ai_layer* layer) {

@@ -46,11 +46,11 @@ def run(*command):
     return done.stdout
 
 
-class Target:
-    def __init__(self, name):
+class Build:
+    def __init__(self, preset, name, *options):
         self.directory = WORK / name
-        run("cmake", "--preset", name, "-B", self.directory, "-DCMAKE_BUILD_TYPE=MinSizeRel",
-            "-DCMAKE_CXX_FLAGS_MINSIZEREL=-Os -DNDEBUG -fcallgraph-info=su")
+        run("cmake", "--preset", preset, "-B", self.directory, "-DCMAKE_BUILD_TYPE=MinSizeRel",
+            "-DCMAKE_CXX_FLAGS_MINSIZEREL=-Os -DNDEBUG -fcallgraph-info=su", *options)
         run("cmake", "--build", self.directory, "-j%d" % JOBS, "--target", "nnlib", "nnlib_board")
         self.setting = dict(re.findall(r"^(CMAKE_\w+):\w+=(.*)$", self.generated("CMakeCache.txt"),
                                        re.M))
@@ -60,20 +60,9 @@ class Target:
                                   self.generated("examples/CTestTestfile.cmake")).group(1)
         self.library = self.directory / "libnnlib.a"
         self.board = list(self.directory.glob("ports/bare_metal/**/*.obj"))
-        self.graph = call_graph.CallGraph(
-            self.call_graphs(), run(self.setting["CMAKE_READELF"], "-rW", self.library))
-        self.empty_main = self.compile("int main(void) { return 0; }", "empty")
-        self.empty, _ = self.measure([], "empty")
-        self.heap = self.measure_heap()
 
     def generated(self, pattern):
         return next(self.directory.glob(pattern)).read_text()
-
-    def call_graphs(self):
-        """Of the present sources; the build directory may have those of earlier ones as well."""
-        objects = self.directory / "CMakeFiles" / "nnlib.dir"
-        return [graph for graph in objects.glob("**/*.ci")
-                if (ROOT / graph.relative_to(objects).with_suffix("")).exists()]
 
     def compile(self, text, name):
         source, compiled = self.directory / (name + ".c"), self.directory / (name + ".o")
@@ -88,6 +77,36 @@ class Target:
             *self.setting["CMAKE_EXE_LINKER_FLAGS"].split(), *options, self.library, "-lm", "-o",
             program)
         return program
+
+    def run(self, program):
+        return run(*self.emulator.split(";"), program)
+
+    def image(self, source):
+        """{source of the library: {section kind: bytes}} of a program, which must run."""
+        main, placed = self.compile(source.read_text(), source.stem), self.directory / "image.map"
+        self.run(self.link(main, source.stem, "-Wl,-Map=%s" % placed))
+        parts = collections.defaultdict(collections.Counter)
+        for kind, size, member in re.findall(
+                r"^ \.(text|rodata)\S*\s+0x\w+ +0x(\w+) \S*/libnnlib\.a\((\S+?)\.obj\)$",
+                placed.read_text().split("\nLinker script and memory map\n")[1], re.M):
+            parts[member][kind] += int(size, 16)
+        return parts
+
+
+class Target(Build):
+    def __init__(self, name):
+        super().__init__(name, name)
+        self.graph = call_graph.CallGraph(
+            self.call_graphs(), run(self.setting["CMAKE_READELF"], "-rW", self.library))
+        self.empty_main = self.compile("int main(void) { return 0; }", "empty")
+        self.empty, _ = self.measure([], "empty")
+        self.heap = self.measure_heap()
+
+    def call_graphs(self):
+        """Of the present sources; the build directory may have those of earlier ones as well."""
+        objects = self.directory / "CMakeFiles" / "nnlib.dir"
+        return [graph for graph in objects.glob("**/*.ci")
+                if (ROOT / graph.relative_to(objects).with_suffix("")).exists()]
 
     def measure(self, functions, name):
         """({section kind: bytes}, {symbol, ...}) of a program with these functions."""
@@ -104,7 +123,7 @@ class Target:
     def measure_heap(self):
         main = self.compile((PARTS / "heap.c").read_text(), "heap")
         program = self.link(main, "heap", "-Wl,--wrap=malloc")
-        printed = run(*self.emulator.split(";"), program)
+        printed = self.run(program)
         return {name: int(size) for name, size in map(str.split, printed.splitlines())}
 
     def row(self, title, functions):

@@ -10,6 +10,7 @@
 
 #include "core/ai_declare.h"
 #include "kernels/ko_convolve_HWC_reference.h"
+#include "kernels/ko_requantize.h"
 #include "layers_quantized/conv2d_integer_choice.hpp"
 #include "layers_quantized/layers_conv2d_quarn_integer.h"
 #include "layers_quantized/layers_nl_quarn_fixed.h"
