@@ -66,8 +66,8 @@ void quantize(const float* in, T* out, ai_size count, Function function) {
 }
 
 void float_to_integer(const float* in, const ai_tensor& output, ai_size count) {
-  const float scale = ai_tensor_scale(&output, 0);
-  const float zero_point = static_cast<float>(ai_tensor_zeropoint(&output, 0));
+  const float scale = tensor_scale(output);
+  const float zero_point = static_cast<float>(tensor_zeropoint(output));
   for_elements(ai_fmt_is_signed(ai_tensor_format(&output)), [&](auto element) {
     using T = decltype(element);
     if constexpr (std::is_signed_v<T>) {
@@ -95,8 +95,8 @@ void fixed_to_float(const ai_tensor& input, float* out, ai_size count) {
 }
 
 void integer_to_float(const ai_tensor& input, float* out, ai_size count) {
-  const float scale = ai_tensor_scale(&input, 0);
-  const int32_t zero_point = ai_tensor_zeropoint(&input, 0);
+  const float scale = tensor_scale(input);
+  const int32_t zero_point = tensor_zeropoint(input);
   for_elements(ai_fmt_is_signed(ai_tensor_format(&input)), [&](auto element) {
     const auto* in = tensor_data<decltype(element)>(input);
     for (ai_size i = 0; i < count; ++i) {

@@ -9,26 +9,15 @@
 
 namespace nnlib {
 
-inline const ai_tensor_list& layer_list(const ai_layer& layer, uint32_t list) {
-  const ai_tensor_list* found = ai_tensor_chain_list(layer.tensor_chain, list);
-  if (found == nullptr) {
-    core_fault();
-  }
-  return *found;
-}
-
+// Once for all layers, as each calls them several times.
+const ai_tensor_list& layer_list(const ai_layer& layer, uint32_t list);
+ai_tensor& layer_tensor(const ai_layer& layer, uint32_t list, uint32_t index = 0);
 // Null when the entry is absent.
-inline ai_tensor* optional_tensor(const ai_layer& layer, uint32_t list, uint32_t index) {
-  return ai_tensor_list_get(&layer_list(layer, list), index);
-}
+ai_tensor* optional_tensor(const ai_layer& layer, uint32_t list, uint32_t index);
 
-inline ai_tensor& layer_tensor(const ai_layer& layer, uint32_t list, uint32_t index = 0) {
-  ai_tensor* tensor = optional_tensor(layer, list, index);
-  if (tensor == nullptr) {
-    core_fault();
-  }
-  return *tensor;
-}
+// Entry 0 of a tensor's quantization, 0 without one.
+float tensor_scale(const ai_tensor& tensor);
+int32_t tensor_zeropoint(const ai_tensor& tensor);
 
 inline ai_tensor& layer_input(const ai_layer& layer, uint32_t index = 0) {
   return layer_tensor(layer, AI_CHAIN_INPUT, index);

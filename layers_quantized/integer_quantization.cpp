@@ -22,7 +22,7 @@ const uint8_t* weight_zeropoints(IntegerForm form, const ai_tensor& weights) {
 
 // Counts as an element of the form's activations.
 int32_t zeropoint_of(IntegerForm form, const ai_tensor& tensor) {
-  const int32_t value = ai_tensor_zeropoint(&tensor, 0);
+  const int32_t value = tensor_zeropoint(tensor);
   return form >= IntegerForm::kInt8Int8symwt ? int32_t{static_cast<int8_t>(value)}
                                              : int32_t{static_cast<uint8_t>(value)};
 }
@@ -35,8 +35,8 @@ LayerQuantization::LayerQuantization(const ai_layer& layer, IntegerForm form, ui
   const ai_tensor& input = layer_input(layer);
   const ai_tensor& weights = layer_weights(layer);
   const ai_tensor& output = layer_output(layer);
-  const float in_scale = ai_tensor_scale(&input, 0);
-  const float out_scale = ai_tensor_scale(&output, 0);
+  const float in_scale = tensor_scale(input);
+  const float out_scale = tensor_scale(output);
   if (has_channels(form)) {
     auto* multipliers = reinterpret_cast<int32_t*>(pairs_scratch);
     auto* shifts = reinterpret_cast<int16_t*>(pairs_scratch + channels * sizeof(int32_t));
@@ -47,8 +47,7 @@ LayerQuantization::LayerQuantization(const ai_layer& layer, IntegerForm form, ui
     channel_mask = ~uint32_t{0};
   } else {
     uint16_t only_shift = 0;
-    only_multiplier_ =
-        align_factor((in_scale * ai_tensor_scale(&weights, 0)) / out_scale, &only_shift);
+    only_multiplier_ = align_factor((in_scale * tensor_scale(weights)) / out_scale, &only_shift);
     only_shift_ = static_cast<int16_t>(only_shift);
     multiplier = &only_multiplier_;
     shift = &only_shift_;

@@ -36,8 +36,8 @@ void pool_layer(const Kernels& kernels, ai_layer* layer) {
   const ai_tensor& input = layer_input(*layer);
   const ai_tensor& output = layer_output(*layer);
   pool_arrays(kernels, pool_geometry(*layer), *input.data, *output.data,
-              {ai_tensor_scale(&input, 0), ai_tensor_zeropoint(&input, 0),
-               ai_tensor_scale(&output, 0), ai_tensor_zeropoint(&output, 0)});
+              {tensor_scale(input), tensor_zeropoint(input), tensor_scale(output),
+               tensor_zeropoint(output)});
 }
 
 constexpr PoolQuantization kUnchanged = {1.0f, 0, 1.0f, 0};

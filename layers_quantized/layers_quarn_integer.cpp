@@ -66,8 +66,8 @@ struct Addend {
 };
 
 Addend addend_of(const ai_tensor& tensor) {
-  return {tensor_data<const uint8_t>(tensor), tensor.shape, ai_tensor_scale(&tensor, 0),
-          ai_tensor_zeropoint(&tensor, 0), false};
+  return {tensor_data<const uint8_t>(tensor), tensor.shape, tensor_scale(tensor),
+          tensor_zeropoint(tensor), false};
 }
 
 struct Sum {
@@ -205,5 +205,5 @@ void forward_add_integer(ai_layer* layer) {
              nnlib::addend_of(nnlib::layer_input(*layer, 1)),
              {nnlib::tensor_data<uint8_t>(output),
               ai_fmt_is_signed(ai_tensor_format(&nnlib::layer_input(*layer, 0))),
-              ai_tensor_scale(&output, 0), ai_tensor_zeropoint(&output, 0)});
+              nnlib::tensor_scale(output), nnlib::tensor_zeropoint(output)});
 }

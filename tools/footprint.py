@@ -9,6 +9,7 @@ footprint.py --check    writes nothing; fails when a figure grew by more than 5 
 Rows are the functions of the public headers that a layer can name, and those that a network hands
 over to layers. A program with nothing but a row's functions is linked with the library at -Os; its
 figures are those beyond the same program without them, what they draw of the C library included.
+A last table has the library's part of a whole network, by source.
 """
 
 import collections
@@ -37,6 +38,11 @@ HEADINGS = ["", "text", "rodata", "data", "bss", "stack", "heap"]
 CORE = ["ai_platform_network_create", "ai_platform_network_init", "ai_platform_network_process",
         "ai_platform_network_get_error", "ai_platform_network_destroy"]
 ALLOCATOR = "core_mem_alloc"
+# What integer layers must do without: division of 64 bits, arithmetic of doubles, printing.
+HEAVY = re.compile(r"__aeabi_(u?ldivmod|d(add|sub|mul|div|2.*)|.2d)|__u?(div|mod)di3|.*printf|"
+                   r"__(add|sub|mul|div|fix|float|extend|trunc).*df.?")
+IMAGE = {"int8_int8symwt alone": "-DNNLIB_QUANTIZED_TYPES=int8_int8symwt", "all types": None}
+IMAGE_HEADINGS = ["", *("%s, %s" % (kind, build) for build in IMAGE for kind in ("text", "rodata"))]
 
 
 def run(*command):
@@ -128,6 +134,9 @@ class Target(Build):
 
     def row(self, title, functions):
         sizes, linked = self.measure(functions, functions[0])
+        heavy = list(filter(HEAVY.fullmatch, linked))
+        if title.endswith("_integer") and heavy:
+            sys.exit("%s draws %s" % (title, " ".join(heavy)))
         if ALLOCATOR in linked and title not in self.heap:
             sys.exit("%s can reach the heap: tools/footprint/heap.c must measure it" % title)
         return [sizes[kind] - self.empty[kind] for kind in HEADINGS[1:5]] + [
@@ -148,23 +157,40 @@ def all_rows():
                      layers.items()] + [("handed over to layers", handed_over)]
 
 
+def image_rows(builds):
+    """{"": {source: figures}} of a whole network; builds: as in IMAGE"""
+    images = [build.image(PARTS / "int8_network.c") for build in builds]
+    figures = collections.defaultdict(list)
+    for image in images:
+        total = sum(image.values(), collections.Counter())
+        for name, sizes in [("all", total), *((n, image[n]) for n in set().union(*images))]:
+            figures[name] += [sizes["text"], sizes["rodata"]]
+    in_order = sorted(figures.items(), key=lambda row: -sum(row[1]))
+    return {"": {name if name == "all" else str(next(ROOT.glob("*/" + name)).relative_to(ROOT)): row
+                 for name, row in in_order}}
+
+
 def measure():
-    """{target: {group: {title: figures}}}"""
+    """{target: (headings, {group: {title: figures}})}"""
     groups, tables = all_rows(), {}
     with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:
         for name in TARGETS:
             target = Target(name)
             pending = {group: {title: pool.submit(target.row, title, functions)
                                for title, functions in rows} for group, rows in groups}
-            tables[name] = {group: {title: row.result() for title, row in rows.items()}
-                            for group, rows in pending.items()}
-    return tables
+            tables[name] = HEADINGS, {group: {title: row.result() for title, row in rows.items()}
+                                      for group, rows in pending.items()}
+            if name == "m4f":
+                image = image_rows(target if option is None else Build(name, "m4f-types", option)
+                                   for option in IMAGE.values())
+    return {**tables, "image": (IMAGE_HEADINGS, image)}
 
 
-def table_text(groups):
-    lines = [HEADINGS, ["---"] + ["---:"] * 6]
+def table_text(headings, groups):
+    figures = len(headings) - 1
+    lines = [headings, ["---"] + ["---:"] * figures]
     for group, rows in groups.items():
-        lines += [["*%s*" % group] + [""] * 6] if group else []
+        lines += [["*%s*" % group] + [""] * figures] if group else []
         lines += [[title] + row for title, row in rows.items()]
     return "".join("| %s |\n" % " | ".join(map(str, line)) for line in lines)
 
@@ -175,14 +201,14 @@ def table_rows(text):
 
 
 def complaints(tables, page):
-    for name, groups in tables.items():
+    for name, (headings, groups) in tables.items():
         before = table_rows(page.split("<!-- %s -->\n" % name)[1])
-        now = table_rows(table_text(groups))
+        now = table_rows(table_text(headings, groups))
         for title in before.keys() ^ now.keys():
             yield "%s, %s: %s" % (name, title, "not on the page" if title in now else "on the page, "
-                                  "but no such function")
+                                  "but not there")
         for title in before.keys() & now.keys():
-            for heading, old, new in zip(HEADINGS[1:], before[title], now[title]):
+            for heading, old, new in zip(headings[1:], before[title], now[title]):
                 if 100 * new > 105 * old:
                     yield "%s, %s: %s grew from %d to %d" % (name, title, heading, old, new)
 
@@ -192,10 +218,10 @@ def main():
     if "--check" in sys.argv:
         found = sorted(complaints(tables, page))
         sys.exit("\n".join(found) if found else 0)
-    for name, groups in tables.items():
+    for name, table in tables.items():
         mark = "<!-- %s -->\n" % name
         before, _, after = page.split(mark)
-        page = mark.join([before, table_text(groups), after])
+        page = mark.join([before, table_text(*table), after])
     PAGE.write_text(page)
 
 
