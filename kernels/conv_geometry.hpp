@@ -21,6 +21,11 @@ struct ConvGeometry {
 
   constexpr uint32_t column_length() const { return kernel_width * kernel_height * in_channels; }
   constexpr uint32_t pixels() const { return out_width * out_height; }
+  // Whether the columns are the pixels of the input as they lie there.
+  constexpr bool is_product() const {
+    return kernel_width == 1 && kernel_height == 1 && pad_x == 0 && pad_y == 0 && stride_x == 1 &&
+           stride_y == 1 && out_width == in_width && out_height <= in_height;
+  }
   constexpr Window rows(uint32_t out_y) const {
     return clip_window(out_y, stride_y, pad_y, kernel_height, in_height);
   }

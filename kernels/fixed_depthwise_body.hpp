@@ -47,27 +47,38 @@ void depthwise_channels(const DepthwisePixel& pixel, uint32_t in_channel, uint32
   }
 }
 
-#include NNLIB_PART(finish)
-
-#include NNLIB_PART(fixed_depthwise)
-
-inline void convolve_channels(const FixedConv<q7_t>& conv) {
+// Calls visit(pixel, outputs) for the output pixels of a map.
+template <class Visit>
+NNLIB_ALWAYS_INLINE void for_pixels(const FixedConv<q7_t>& conv, Visit visit) {
   const ConvGeometry& g = conv.geometry;
-  if (g.out_channels == 0) {
-    return;
-  }
-  const uint32_t multiplier = g.out_channels / g.in_channels;
   q7_t* out = conv.out;
   for (uint32_t y = 0; y < g.out_height; ++y) {
     const Window rows = g.rows(y);
     for (uint32_t x = 0; x < g.out_width; ++x, out += g.out_channels) {
       Window columns = g.columns(x);
       columns = rows.empty() ? Window{0, 0, 0} : columns;
-      const DepthwisePixel pixel = {conv, columns.empty() ? Window{0, 0, 0} : rows, columns};
-      uint32_t channel = multiplier == 1 ? depthwise_blocks(pixel, out) : 0;
-      for (; channel < g.out_channels; ++channel) {
-        depthwise_channels<1>(pixel, channel / multiplier, channel, out);
-      }
+      visit(DepthwisePixel{conv, columns.empty() ? Window{0, 0, 0} : rows, columns}, out);
     }
   }
+}
+
+#include NNLIB_PART(finish)
+
+#include NNLIB_PART(fixed_depthwise)
+
+inline void convolve_channels(const FixedConv<q7_t>& conv) {
+  const uint32_t channels = conv.geometry.out_channels;
+  if (channels == 0) {
+    return;
+  }
+  const uint32_t multiplier = channels / conv.geometry.in_channels;
+  const uint32_t done = multiplier == 1 ? depthwise_blocks(conv) : 0;
+  if (done == channels) {
+    return;
+  }
+  for_pixels(conv, [=](const DepthwisePixel& pixel, q7_t* out) {
+    for (uint32_t channel = done; channel < channels; ++channel) {
+      depthwise_channels<1>(pixel, channel / multiplier, channel, out);
+    }
+  });
 }

@@ -9,7 +9,9 @@
 //                  convolve_map, a whole map by other means, or false; kWholeMaps<Input>, whether
 //                  that takes all maps
 //   depthwise.hpp, fixed_depthwise.hpp
-//                  depthwise_blocks: blocks of channels side by side; how many channels that was
+//                  depthwise_blocks: blocks of channels side by side, of a whole map; how many
+//                  channels that was
+//   pool.hpp       is_narrow, which windows pool_narrow pools by its own means
 //
 // Kernel bodies (vector.hpp) include the parts that they need as NNLIB_PART(columns): those of the
 // narrow instance's set, chosen here, or of kernels/avx2 in the wide one. A new instruction set is

@@ -27,6 +27,20 @@ struct AdaptedWeights {
     return block +
            (tap < (taps & ~1u) ? (tap / 2) * 8 + lane * 2 + (tap & 1) : (taps - 1) * 4 + lane);
   }
+
+  // Calls visit(index) for the taps of a channel, one after the other.
+  template <class Visit>
+  constexpr void for_taps(uint32_t channel, Visit visit) const {
+    const uint32_t to_next_pair = channel < (channels & ~3u) ? 7 : 1;
+    size_t at = index(channel, 0);
+    for (uint32_t tap = 0; tap < taps; ++tap) {
+      if (tap % 2 == 0 && tap + 1 == taps) {
+        at = index(channel, tap);
+      }
+      visit(at);
+      at += tap % 2 == 0 ? 1 : to_next_pair;
+    }
+  }
 };
 
 // The outputs of a whole map; scratch as ko_<types>_DW_HWC_Wadapt leaves it.

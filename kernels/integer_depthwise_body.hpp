@@ -18,6 +18,15 @@ struct Depthwise {
 
 #include NNLIB_PART(finish)
 
+// Calls visit(y, outputs) for the rows of a map.
+template <class Activation, class Visit>
+NNLIB_ALWAYS_INLINE void for_rows(const Depthwise<Activation>& d, Activation* out, Visit visit) {
+  const size_t row_length = size_t{d.g.out_width} * d.g.in_channels;
+  for (uint32_t y = 0; y < d.g.out_height; ++y, out += row_length) {
+    visit(y, out);
+  }
+}
+
 #include NNLIB_PART(depthwise)
 
 // One output of a channel that belongs to no block.
@@ -49,15 +58,17 @@ void convolve_channels(const ConvGeometry& g, const Activation* in, const int32_
                                    order,
                                    scratch + order.start(),
                                    reinterpret_cast<Activation*>(scratch)};
-  const size_t row_length = size_t{g.out_width} * g.in_channels;
-  for (uint32_t y = 0; y < g.out_height; ++y, out += row_length) {
-    const uint32_t done = depthwise_blocks(d, y, out);
-    for (uint32_t x = 0; x < g.out_width && done < g.in_channels; ++x) {
-      const Window rows = g.rows(y);
+  const uint32_t done = depthwise_blocks(d, out);
+  if (done == g.in_channels) {
+    return;
+  }
+  for_rows(d, out, [&](uint32_t y, Activation* row) {
+    const Window rows = g.rows(y);
+    for (uint32_t x = 0; x < g.out_width; ++x, row += g.in_channels) {
       const Window columns = g.columns(x);
       for (uint32_t channel = done; channel < g.in_channels; ++channel) {
-        depthwise_output(d, rows, columns, channel, out + size_t{x} * g.in_channels);
+        depthwise_output(d, rows, columns, channel, row);
       }
     }
-  }
+  });
 }

@@ -9,14 +9,14 @@
 #include <limits>
 #include <type_traits>
 
+#include "kernels/instruction_set.hpp"
 #include "kernels/pool_geometry.hpp"
 #include "kernels/vector.hpp"
 
 namespace nnlib {
 
-// The cells of type T of a window fold to a Narrow<T> where they are at most kNarrowCells, to a
-// Wide<T> where they are more.
-inline constexpr uint64_t kNarrowCells = 65535;
+// The cells of type T of a window fold to a Narrow<T> where the instruction set says so
+// (is_narrow), and at most where they are 65535, otherwise to a Wide<T>.
 
 struct IntegerMax {
   template <class T>
@@ -30,9 +30,17 @@ struct IntegerMax {
   static constexpr T fold(T folded, T cell) {
     return folded < cell ? cell : folded;
   }
+  template <class T>
+  static constexpr T exact(T maximum, uint32_t /*count*/) {
+    return maximum;
+  }
 };
 
+// halves_away: rounded means are halves away from zero, otherwise plus a half, toward zero.
+template <bool halves_away>
 struct IntegerSum {
+  static constexpr bool kHalvesAway = halves_away;
+
   template <class T>
   using Narrow = int32_t;
   template <class T>
@@ -43,6 +51,11 @@ struct IntegerSum {
   template <class Sum, class T>
   static constexpr Sum fold(Sum sum, T cell) {
     return sum + cell;
+  }
+  template <class T, class Sum>
+  static constexpr T exact(Sum sum, uint32_t count) {
+    const Sum half = static_cast<Sum>(count / 2);
+    return divide<T>(sum + (kHalvesAway && sum < 0 ? -half : half), count);
   }
   // Toward zero; the quotients are Ts.
   template <class T>
@@ -143,27 +156,39 @@ void pool_window(const PoolGeometry& g, const Window& rows, const Window& column
   }
 }
 
+#define NNLIB_SET NNLIB_NARROW_SET
+#include NNLIB_PART(pool)
+#undef NNLIB_SET
+
 // Each output is finish(folded, count) of its window's cells inside the map, count of them, or
-// `outside` where there are none. finish gives the element.
+// `outside` where there are none. finish gives the element; finish.is_exact() tells that it is
+// Fold::exact's.
 template <class Fold, class T, class Finish>
-void integer_pool(const PoolGeometry& g, const T* in, T* out, T outside, Finish finish) {
-  using Narrow = typename Fold::template Narrow<T>;
-  using Wide = typename Fold::template Wide<T>;
+void integer_pool(const PoolGeometry& g, const T* in, T* out, T outside, const Finish& finish) {
   for (uint32_t y = 0; y < g.out_height; ++y) {
     const Window rows = g.rows(y);
     for (uint32_t x = 0; x < g.out_width; ++x, out += g.channels) {
       const Window columns = g.columns(x);
       if (rows.empty() || columns.empty()) {
         std::fill_n(out, g.channels, outside);
-      } else if (std::is_same_v<Narrow, Wide> ||
-                 uint64_t{rows.count} * columns.count <= kNarrowCells) {
-        pool_window<Fold, Narrow>(g, rows, columns, in, out, finish);
+      } else if (is_narrow<Fold, T>(rows, columns)) {
+        pool_narrow<Fold>(g, rows, columns, in, out, finish);
       } else {
-        pool_window<Fold, Wide>(g, rows, columns, in, out, finish);
+        pool_window<Fold, typename Fold::template Wide<T>>(g, rows, columns, in, out, finish);
       }
     }
   }
 }
+
+// Outputs without another quantization.
+template <class Fold, class T>
+struct ExactPool {
+  static constexpr bool is_exact() { return true; }
+  template <class Folded>
+  T operator()(Folded folded, uint32_t count) const {
+    return Fold::template exact<T>(folded, count);
+  }
+};
 
 }  // namespace nnlib
 

@@ -11,15 +11,10 @@ namespace nnlib {
 template <class Weight>
 NNLIB_NOINLINE void adapt_channel(const Weight* weights, int32_t zeropoint, AdaptedWeights order,
                                   uint32_t channel, int16_t* adapted) {
-  const uint32_t to_next_pair = channel < (order.channels & ~3u) ? 7 : 1;
-  int16_t* to = adapted + order.index(channel, 0);
-  for (uint32_t tap = 0; tap < order.taps; ++tap, weights += order.channels) {
-    if (tap % 2 == 0 && tap + 1 == order.taps) {
-      to = adapted + order.index(channel, tap);
-    }
-    *to = static_cast<int16_t>(*weights - zeropoint);
-    to += tap % 2 == 0 ? 1 : to_next_pair;
-  }
+  order.for_taps(channel, [&](size_t index) {
+    adapted[index] = static_cast<int16_t>(*weights - zeropoint);
+    weights += order.channels;
+  });
 }
 
 template <class Types>

@@ -10,65 +10,62 @@ namespace {
 
 struct Maximum : IntegerMax {
   template <class T>
-  static T exact(T maximum, uint32_t /*count*/) {
-    return maximum;
-  }
-  template <class T>
   static float real(T maximum, uint32_t /*count*/) {
     return static_cast<float>(maximum);
   }
 };
 
-struct Average : IntegerSum {
-  template <class T, class Sum>
-  static T exact(Sum sum, uint32_t count) {
-    return divide<T>(sum + static_cast<Sum>(count / 2), count);
-  }
+struct Average : IntegerSum<false> {
   template <class T, class Sum>
   static float real(Sum sum, uint32_t count) {
     return IntegerSum::real(sum) / static_cast<float>(count);
   }
 };
 
-// An output from a window's fold.
+// Outputs of another quantization than the inputs have.
 template <class Pooling, class T>
-struct Output {
-  bool same;  // quantization at both ends
-  float in_zeropoint;
-  float ratio;
-  float out_zeropoint;
+struct RescaledPool {
+  explicit RescaledPool(const PoolQuantization& q)
+      : ratio(q.in_scale / q.out_scale),
+        in_zeropoint(static_cast<T>(q.in_zeropoint)),
+        out_zeropoint(static_cast<T>(q.out_zeropoint)) {}
 
+  static constexpr bool is_exact() { return false; }
   template <class Folded>
-  T rescaled(Folded folded, uint32_t count) const {
+  T operator()(Folded folded, uint32_t count) const {
     const float m = Pooling::template real<T>(folded, count);
     return round_quantized<T>((m - in_zeropoint) * ratio + out_zeropoint);
   }
+
+  float ratio, in_zeropoint, out_zeropoint;
+};
+
+// One or the other, for all the folding only once.
+template <class Pooling, class T>
+struct EitherPool {
+  bool is_exact() const { return exact; }
   template <class Folded>
   NNLIB_INLINE_FOR_SPEED T operator()(Folded folded, uint32_t count) const {
-    return same ? Pooling::template exact<T>(folded, count) : rescaled(folded, count);
+    return exact ? ExactPool<Pooling, T>()(folded, count) : rescaled(folded, count);
   }
+
+  bool exact;
+  RescaledPool<Pooling, T> rescaled;
 };
 
 template <class Pooling, class T>
 void pool(const PoolGeometry& g, const T* in, T* out, const PoolQuantization& q) {
   const T outside = static_cast<T>(q.out_zeropoint);
-  const float in_zeropoint = static_cast<T>(q.in_zeropoint);
-  const float out_zeropoint = outside;
-  const Output<Pooling, T> output = {q.in_scale == q.out_scale && in_zeropoint == out_zeropoint,
-                                     in_zeropoint, q.in_scale / q.out_scale, out_zeropoint};
+  const RescaledPool<Pooling, T> rescaled(q);
+  const bool exact = q.in_scale == q.out_scale && rescaled.in_zeropoint == rescaled.out_zeropoint;
 #if NNLIB_VECTOR_LANES > 1
-  if (output.same) {
-    integer_pool<Pooling>(g, in, out, outside, [](auto folded, uint32_t count) {
-      return Pooling::template exact<T>(folded, count);
-    });
+  if (exact) {
+    integer_pool<Pooling>(g, in, out, outside, ExactPool<Pooling, T>());
   } else {
-    integer_pool<Pooling>(g, in, out, outside, [output](auto folded, uint32_t count) {
-      return output.rescaled(folded, count);
-    });
+    integer_pool<Pooling>(g, in, out, outside, rescaled);
   }
 #else
-  // All the folding only once.
-  integer_pool<Pooling>(g, in, out, outside, output);
+  integer_pool<Pooling>(g, in, out, outside, EitherPool<Pooling, T>{exact, rescaled});
 #endif
 }
 

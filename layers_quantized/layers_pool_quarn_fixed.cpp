@@ -10,28 +10,17 @@ namespace {
 struct MaxPooling : IntegerMax {
   template <class T>
   static constexpr T outside = std::numeric_limits<T>::min();
-  template <class T>
-  static T finish(T folded, uint32_t /*count*/) {
-    return folded;
-  }
 };
 
-struct MeanPooling : IntegerSum {
+struct MeanPooling : IntegerSum<true> {
   template <class T>
   static constexpr T outside = 0;
-  template <class T, class Sum>
-  static T finish(Sum sum, uint32_t count) {
-    const Sum half = static_cast<Sum>(count / 2);
-    return divide<T>(sum + (sum < 0 ? -half : half), count);
-  }
 };
 
 template <class Pooling, class T>
 void pool_elements(const PoolGeometry& geometry, const ai_array& in, const ai_array& out) {
   integer_pool<Pooling>(geometry, static_cast<const T*>(in.data), static_cast<T*>(out.data),
-                        Pooling::template outside<T>, [](auto folded, uint32_t count) {
-                          return Pooling::template finish<T>(folded, count);
-                        });
+                        Pooling::template outside<T>, ExactPool<Pooling, T>());
 }
 
 template <class Pooling>

@@ -96,23 +96,22 @@ void depthwise_row(const Depthwise<Activation>& d, uint32_t y, uint32_t channel,
   }
 }
 
-// Computes whole blocks of eight channels of a row of outputs; returns how many channels that was.
 template <class Activation>
-uint32_t depthwise_blocks(const Depthwise<Activation>& d, uint32_t y, Activation* out) {
-  if (d.order.taps > kMostTaps) {
-    return depthwise_fours<true>(d, y, 0, out);
-  }
+uint32_t depthwise_blocks(const Depthwise<Activation>& d, Activation* out) {
+  const uint32_t eights = d.order.taps > kMostTaps ? 0 : d.order.channels & ~7u;
   Taps taps;
-  taps.count = d.order.taps;
+  taps.count = eights == 0 ? 0 : d.order.taps;
   for (uint32_t k = 0; k < ((taps.count + 1) & ~1u); ++k) {
     const uint32_t tap = std::min(k, taps.count - 1);
     const size_t row = tap / d.g.kernel_width;
     taps.inside[k] = (row * d.g.in_width + tap % d.g.kernel_width) * d.order.channels;
     taps.gathered[k] = size_t{tap} * 8;
   }
-  const uint32_t channels = d.order.channels & ~7u;
-  for (uint32_t c = 0; c < channels; c += 8) {
-    depthwise_row(d, y, c, taps, out + c);
-  }
-  return depthwise_fours<true>(d, y, channels, out);
+  for_rows(d, out, [&](uint32_t y, Activation* row) {
+    for (uint32_t c = 0; c < eights; c += 8) {
+      depthwise_row(d, y, c, taps, row + c);
+    }
+    depthwise_fours<true>(d, y, eights, row);
+  });
+  return d.order.channels & ~3u;
 }

@@ -42,18 +42,21 @@ NNLIB_ALWAYS_INLINE void depthwise_block(const DepthwisePixel& pixel, uint32_t c
   _mm_storel_epi64(reinterpret_cast<__m128i*>(out + channel), _mm_packs_epi16(words, words));
 }
 
-inline uint32_t depthwise_blocks(const DepthwisePixel& pixel, q7_t* out) {
-  const uint32_t channels = pixel.conv.geometry.out_channels;
-  uint32_t channel = 0;
-  if (channels >= kBlock) {
-    for (; channel < channels; channel += kBlock) {
+inline uint32_t depthwise_blocks(const FixedConv<q7_t>& conv) {
+  const uint32_t channels = conv.geometry.out_channels;
+  if (channels < kBlock) {
+    for_pixels(conv, [channels](const DepthwisePixel& pixel, q7_t* out) {
+      for (uint32_t channel = 0; channel + 4 <= channels; channel += 4) {
+        depthwise_channels<4>(pixel, channel, channel, out);
+      }
+    });
+    return channels & ~3u;
+  }
+  for_pixels(conv, [channels](const DepthwisePixel& pixel, q7_t* out) {
+    for (uint32_t channel = 0; channel < channels; channel += kBlock) {
       // The last block goes back over what is done.
       depthwise_block(pixel, std::min(channel, channels - kBlock), out);
     }
-    return channels;
-  }
-  for (; channel + 4 <= channels; channel += 4) {
-    depthwise_channels<4>(pixel, channel, channel, out);
-  }
-  return channel;
+  });
+  return channels;
 }

@@ -13,7 +13,7 @@ NNLIB_ALWAYS_INLINE void add_tap(uint32_t a, uint32_t w, int32_t (&s)[4]) {
         [s1] "+r"(s[1]), [s2] "+r"(s[2]), [s3] "+r"(s[3]));
 }
 
-inline uint32_t depthwise_blocks(const DepthwisePixel& pixel, q7_t* out) {
+inline void depthwise_pixel(const DepthwisePixel& pixel, q7_t* out) {
   const FixedConv<q7_t>& conv = pixel.conv;
   const size_t step = conv.geometry.in_channels;
   const size_t pitch = conv.geometry.in_width * step;
@@ -48,5 +48,9 @@ inline uint32_t depthwise_blocks(const DepthwisePixel& pixel, q7_t* out) {
       out[i] = finish_sum<q7_t>(ShiftedChannel{0, shifts.out}, s[i]);
     }
   }
-  return channels;
+}
+
+inline uint32_t depthwise_blocks(const FixedConv<q7_t>& conv) {
+  for_pixels(conv, depthwise_pixel);
+  return conv.geometry.out_channels & ~3u;
 }

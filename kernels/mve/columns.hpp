@@ -1,16 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Columns by vectors. Those of bytes stay bytes: four fit where two of 16-bit values would.
 
-template <class T>
-NNLIB_ALWAYS_INLINE int16x8_t load_widened(const T* from, mve_pred16_t lanes) {
-  if constexpr (sizeof(T) == 2) {
-    return vldrhq_z_s16(from, lanes);
-  } else if constexpr (std::is_signed_v<T>) {
-    return vldrbq_z_s16(from, lanes);
-  } else {
-    return vreinterpretq_s16_u16(vldrbq_z_u16(from, lanes));
-  }
-}
+#include "kernels/mve/load_widened.hpp"
 
 template <class T>
 void widen(const T* in, uint32_t count, int32_t subtracted, int16_t* out) {

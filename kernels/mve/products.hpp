@@ -45,6 +45,77 @@ NNLIB_ALWAYS_INLINE void dot_four(const Shared* shared, const Each* const (&each
 }
 #undef NNLIB_DOT_FOUR
 
+// Four rows, or the first of them: what their sums start from, and their outputs.
+template <class Types>
+struct FourRows {
+  using Rows = IntegerRows<Types>;
+  FourRows(const Rows& of, uint32_t row, mve_pred16_t lanes)
+      : rows(of), channels(of.quantization, vidupq_n_u32(row, 1), lanes) {}
+  int32x4_t start(int32_t excess) const {
+    const int32x4_t biases = channels.load_biases(rows.bias);
+    if constexpr (Rows::kWeightZeropoint) {
+      const KoQuantization& q = rows.quantization;
+      const uint32x4_t entries = vandq_u32(channels.channels, vdupq_n_u32(q.channel_mask));
+      return vmlaq_n_s32(biases,
+                         vreinterpretq_s32_u32(vldrbq_gather_offset_z_u32(q.weight_zeropoints,
+                                                                          entries, channels.lanes)),
+                         -excess);
+    }
+    return biases;
+  }
+  void finish(int32x4_t sums, typename Rows::Output* out) const {
+    int32x4_t values[1] = {sums};
+    channels.rescale(values);
+    vstrbq_p_s32(reinterpret_cast<int8_t*>(out), saturated_lanes<typename Rows::Output>(values[0]),
+                 channels.lanes);
+  }
+
+  const Rows& rows;
+  LaneChannels channels;
+};
+
+template <class Weight, class Output>
+struct FourFixedRows {
+  using Rows = FixedRows<Weight, Output>;
+  FourFixedRows(const Rows& of, uint32_t at, mve_pred16_t some) : rows(of), row(at), lanes(some) {}
+  int32x4_t start(int32_t /*excess*/) const {
+    const auto half = static_cast<int32_t>(fixed_start<Weight>(nullptr, 0, rows.shifts));
+    if (rows.bias == nullptr) {
+      return vdupq_n_s32(half);
+    }
+    int32x4_t biases;
+    if constexpr (sizeof(Weight) == 2) {
+      biases = vldrhq_z_s32(rows.bias + row, lanes);
+    } else {
+      biases = vldrbq_z_s32(rows.bias + row, lanes);
+    }
+    biases = vshlq_r_s32(biases, static_cast<int32_t>(rows.shifts.bias & 31));
+    return vaddq_n_s32(biases, half);
+  }
+  void finish(int32x4_t sums, Output* out) const {
+    const int32x4_t values = finish_lanes<Output>(ShiftedChannel{0, rows.shifts.out}, sums);
+    if constexpr (sizeof(Output) == 2) {
+      vstrhq_p_s32(out, values, lanes);
+    } else {
+      vstrbq_p_s32(out, values, lanes);
+    }
+  }
+
+  const Rows& rows;
+  uint32_t row;
+  mve_pred16_t lanes;
+};
+
+template <class Types>
+FourRows<Types> four_rows(const IntegerRows<Types>& rows, uint32_t row, mve_pred16_t lanes) {
+  return {rows, row, lanes};
+}
+template <class Weight, class Output>
+FourFixedRows<Weight, Output> four_rows(const FixedRows<Weight, Output>& rows, uint32_t row,
+                                        mve_pred16_t lanes) {
+  return {rows, row, lanes};
+}
+
 template <uint32_t kPixels>
 constexpr uint32_t kTileRows = 4;
 
@@ -62,27 +133,20 @@ class TileProduct<1, Rows> {
   TileProduct(const Rows& rows, const Columns& columns) : TileProduct(rows, columns.data()) {}
 
   void operator()(uint32_t row, uint32_t count, typename Rows::Output* out) const {
-    const typename Rows::Weight* weights[4];
-    int32_t sums[4];
-    NNLIB_UNROLL
-    for (uint32_t r = 0; r < 4; ++r) {  // past the last row: the last row again
-      const uint32_t at = row + std::min(r, count - 1);
-      weights[r] = rows_.weights + size_t{at} * rows_.length;
-      sums[r] = rows_.start(at);
-      if constexpr (Rows::kWeightZeropoint) {
-        sums[r] = wrapping_add(sums[r], -wrapping_multiply(rows_.zeropoint(at), excess_));
-      }
+    const typename Rows::Weight* weights[4] = {rows_.weights + size_t{row} * rows_.length};
+    for (uint32_t r = 1; r < 4; ++r) {  // past the last row: the last row again
+      weights[r] = weights[r - 1] + (r < count ? rows_.length : 0);
     }
+    int32_t sums[4] = {};
     dot_four(column_, weights, rows_.length, sums);
-    for (uint32_t r = 0; r < count; ++r) {
-      out[r] = finish_sum<typename Rows::Output>(rows_.channel(row + r), sums[r]);
-    }
+    const auto four = four_rows(rows_, row, vctp32q(count));
+    four.finish(vaddq_s32(four.start(excess_), lanes_of(sums)), out);
   }
 
  private:
   const Rows& rows_;
   const int16_t* column_;
-  int32_t excess_;
+  int32_t excess_ = 0;
 };
 
 template <class Rows>
@@ -112,32 +176,34 @@ class RowsByBytes {
   RowsByBytes(const Rows& rows, Output* out) : rows_(rows), out_(out) {}
 
   void operator()(const ColumnsOf<Input>& columns, size_t pixel) const {
+    multiply(columns.data(), columns.pixels(), pixel);
+  }
+  // The columns of `pixels` pixels, one behind the other.
+  void multiply(const Input* first, uint32_t pixels, size_t pixel) const {
     const Rows rows = rows_;  // a copy, which no store can change
-    const uint32_t pixels = columns.pixels();
     const Input* column[4];
     int32_t excess[4];
     for (uint32_t p = 0; p < 4; ++p) {  // past the last column: the last column again
-      column[p] = columns.data() + size_t{std::min(p, pixels - 1)} * rows.length;
+      column[p] = first + size_t{std::min(p, pixels - 1)} * rows.length;
       if constexpr (Rows::kWeightZeropoint) {
         excess[p] = column_excess(rows, column[p]);
       }
     }
-    const uint32x4_t offsets = vmulq_n_u32(vidupq_n_u32(0, 1), rows.count);
-    const mve_pred16_t lanes = vctp32q(pixels);
+    const uint32x4_t offsets =
+        vmulq_n_u32(vminq_u32(vidupq_n_u32(0, 1), vdupq_n_u32(pixels - 1)), rows.count);
     const auto* weights = rows.weights;
     Output* out = out_ + pixel * rows.count;
     for (uint32_t row = 0; row < rows.count; ++row, weights += rows.length) {
       int32_t sums[4] = {};
       dot_four(weights, column, rows.length, sums);
-      int32x4_t values = {sums[0], sums[1], sums[2], sums[3]};
+      int32x4_t values = lanes_of(sums);
       const auto channel = rows.channel(row);
       values = vaddq_n_s32(values, channel.start);
       if constexpr (Rows::kWeightZeropoint) {
-        const int32x4_t of_columns = {excess[0], excess[1], excess[2], excess[3]};
-        values = vmlaq_n_s32(values, of_columns, -rows.zeropoint(row));
+        values = vmlaq_n_s32(values, lanes_of(excess), -rows.zeropoint(row));
       }
       values = finish_lanes<Output>(channel, values);
-      vstrbq_scatter_offset_p_s32(reinterpret_cast<int8_t*>(out++), offsets, values, lanes);
+      vstrbq_scatter_offset_s32(reinterpret_cast<int8_t*>(out++), offsets, values);
     }
   }
 
@@ -153,8 +219,17 @@ template <class Rows, class T>
 bool convolve_map(const Rows& rows, const ConvGeometry& g, const ColumnInputs<T>& inputs,
                   uint32_t columns, int16_t* scratch, typename Rows::Output* out) {
   if constexpr (kWholeMaps<T>) {
-    for_columns(g, inputs, ColumnsOf<T>(scratch, rows.length, columns),
-                RowsByBytes<Rows>(rows, out));
+    const RowsByBytes<Rows> product(rows, out);
+    if (g.is_product()) {
+      for (uint32_t pixel = 0, left = g.pixels(); left > 0;) {
+        const uint32_t pixels = std::min(left, uint32_t{4});
+        product.multiply(inputs.data + size_t{pixel} * rows.length, pixels, pixel);
+        pixel += pixels;
+        left -= pixels;
+      }
+    } else {
+      for_columns(g, inputs, ColumnsOf<T>(scratch, rows.length, columns), product);
+    }
   }
   return kWholeMaps<T>;
 }

@@ -148,63 +148,6 @@ TEST(IntegerRounding, KeepsTheOrderOfItsFloats) {
 
 // --- pooling --------------------------------------------------------------------------------
 
-// One output from its cells.
-template <class T>
-T pooled(const std::vector<int>& cells, bool average, float in_scale, T in_zeropoint,
-         float out_scale, T out_zeropoint) {
-  if (cells.empty()) {
-    return out_zeropoint;
-  }
-  int sum = 0;
-  for (int cell : cells) {
-    sum += cell;
-  }
-  const int count = static_cast<int>(cells.size());
-  const int maximum = *std::max_element(cells.begin(), cells.end());
-  if (in_scale == out_scale && in_zeropoint == out_zeropoint) {
-    return static_cast<T>(average ? (sum + count / 2) / count : maximum);
-  }
-  const float m =
-      average ? static_cast<float>(sum) / static_cast<float>(count) : static_cast<float>(maximum);
-  const float value = (m - static_cast<float>(in_zeropoint)) * (in_scale / out_scale) +
-                      static_cast<float>(out_zeropoint);
-  const float rounded = value + (std::is_signed_v<T> && value < 0 ? -0.5f : 0.5f);
-  using Limits = std::numeric_limits<T>;
-  return static_cast<T>(std::clamp<long>(static_cast<long>(rounded), Limits::min(), Limits::max()));
-}
-
-template <class T, class Kernel>
-void check_pool(Kernel kernel, bool average, Same same) {
-  const uint16_t w = 5, h = 4, channels = 35, pool_w = 3, pool_h = 2, pad_x = 4, pad_y = 1;
-  const uint16_t out_w = 5, out_h = 4;
-  const auto in = random_vector<T>(size_t{w} * h * channels);
-  std::vector<T> out(size_t{out_w} * out_h * channels);
-  const float out_scale = same.scales ? 0.05f : 0.037f;
-  const T in_zero = static_cast<T>(-60), out_zero = same.zeros ? in_zero : T{21};
-  kernel(in.data(), out.data(), w, h, channels, pool_w, pool_h, pad_x, pad_y, uint16_t{2},
-         uint16_t{1}, out_w, out_h, 0.05f, in_zero, out_scale, out_zero);
-  for (size_t i = 0; i < out.size(); ++i) {
-    const int x = static_cast<int>(i / channels % out_w) * 2 - pad_x;
-    const int y = static_cast<int>(i / channels / out_w) - pad_y;
-    std::vector<int> cells;
-    for (int row = std::max(y, 0); row < std::min(y + pool_h, int{h}); ++row) {
-      for (int column = std::max(x, 0); column < std::min(x + pool_w, int{w}); ++column) {
-        cells.push_back(in[static_cast<size_t>(row * w + column) * channels + i % channels]);
-      }
-    }
-    ASSERT_EQ(pooled(cells, average, 0.05f, in_zero, out_scale, out_zero), out[i]) << i;
-  }
-}
-
-TEST(IntegerPool, EqualsTheFormula) {
-  for (Same same : kSame) {
-    check_pool<uint8_t>(ko_uint8_maxpool, false, same);
-    check_pool<uint8_t>(ko_uint8_avepool, true, same);
-    check_pool<int8_t>(ko_int8_maxpool, false, same);
-    check_pool<int8_t>(ko_int8_avepool, true, same);
-  }
-}
-
 TEST(IntegerPool, OfTheWholeMap) {
   const int8_t in[] = {-3, 100, -4, 50, -4, -20};  // two channels
   int8_t out[2];
