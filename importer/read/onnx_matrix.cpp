@@ -2,7 +2,7 @@
 // ONNX matrix products.
 #include <algorithm>
 
-#include "importer/read/onnx_context.hpp"
+#include "importer/read/onnx_einsum.hpp"
 
 namespace nnlib::importer {
 namespace {
@@ -95,6 +95,7 @@ void gemm(OnnxContext& c) {
 }
 
 constexpr OnnxOperator kMatrixOperators[] = {
+    {"Einsum", einsum, "one or two operands; no diagonals"},
     {"Gemm", gemm, ""},
     {"MatMul", matmul, ""},
 };

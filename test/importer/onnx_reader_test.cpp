@@ -140,6 +140,25 @@ TEST(OnnxReader, FrozenInputsAreConstants) {
   EXPECT_NE(refusal_of(file.bytes(), options), "taken");
 }
 
+TEST(OnnxReader, EquationsOfEinsumAreLookedThrough) {
+  const auto taken = [](const char* equation) {
+    ModelFile file;
+    file.input("x", {2, 3, 4}).input("w", {4, 3}).output("y");
+    onnx::AttributeProto& a = *file.node("Einsum", {"x", "w"}, "y").add_attribute();
+    a.set_name("equation");
+    a.set_type(onnx::AttributeProto::STRING);
+    a.set_s(equation);
+    return refusal_of(file.bytes()) == "taken";
+  };
+  EXPECT_TRUE(taken("abc,cb->a"));
+  EXPECT_TRUE(taken(" ...c, cd -> d..."));
+  EXPECT_TRUE(taken("abc,cd"));
+  for (const char* wrong : {"", "abc", "ab,cd->a", "abc,cd->e", "abc,cd->aa", "abc,cd,e->a",
+                            "aba,cd->a", "abc,bd->a", "a......,cd->a", "abc,cd-"}) {
+    EXPECT_FALSE(taken(wrong)) << wrong;
+  }
+}
+
 TEST(OnnxReader, NewerVersionsStillLoad) {
   ModelFile file = small_network();
   file.proto().set_ir_version(99);

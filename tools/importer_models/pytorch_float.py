@@ -100,6 +100,21 @@ class Tokens(nn.Module):
         return self.head(x).softmax(-1)
 
 
+class Attention(nn.Module):
+    """Two heads of attention whose products are Einsum; a sum over tokens with weights."""
+
+    def __init__(self):
+        super().__init__()
+        self.into, self.out = nn.Linear(6, 24), nn.Linear(8, 3)
+        self.weights = nn.Parameter(torch.rand(5) - 0.4)
+
+    def forward(self, x):
+        q, k, v = self.into(x).reshape(1, 5, 6, 4).split(2, 2)
+        scores = torch.einsum("bqhd,bkhd->bhqk", q, k).softmax(-1)
+        seen = torch.einsum("bhqk,bkhd->bqhd", scores, v).reshape(1, 5, 8)
+        return self.out(torch.einsum("...tc,t->...c", seen, self.weights))
+
+
 class Gru(nn.Module):
     """Shape, Gather, Concat and Expand make the initial state; a bias inside the reset product."""
 
@@ -185,6 +200,7 @@ def models():
     yield export("pools", Pools.__doc__, Pools, (1, 3, 15, 12))
     yield export("shared", Shared.__doc__, Shared, (1, 6))
     yield export("tokens", Tokens.__doc__, Tokens, (1, 5, 8))
+    yield export("attention", Attention.__doc__, Attention, (1, 5, 6))
     yield export("gru", Gru.__doc__, Gru, (1, 7, 4))
     yield export("lstm", Lstm.__doc__, Lstm, (1, 6, 3))
     yield export("dynamic_batch", OneDimensional.__doc__, OneDimensional, (1, 3, 11),
