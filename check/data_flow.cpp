@@ -89,7 +89,6 @@ class DataFlow {
     uint32_t writer = kNobody;
     uint32_t spoiler = kNobody;
     TensorName spoiled_by = {0, 0};
-    uintptr_t parts = 0;  // bytes written piece by piece since
   };
 
   template <class Visit>
@@ -169,29 +168,29 @@ class DataFlow {
         history.spoiler = write.layer;
         history.spoiled_by = write.name;
       }
-      history.parts = result && needed.covers(to) ? history.parts + to.bytes : 0;
-      if (result && named && history.parts >= needed.bytes) {
-        history = {write.layer};
-      }
     };
     each_io(AI_CHAIN_INPUT, write_to);
     each_write(0, read.layer, write_to);
     return history;
   }
 
-  // Whether outputs that nobody has overwritten since make up what is read, piece by piece.
+  // Whether what is read consists of smaller outputs, and inputs of the network, that nobody has
+  // overwritten since.
   bool made_of_pieces(const TensorUse& read) const {
     const Memory needed = memory(read);
     uintptr_t intact = 0;
-    each_write(0, read.layer, [&](const TensorUse& write) {
-      const Memory to = memory(write);
-      bool kept = is_output(write) && needed.covers(to) && to.bytes < needed.bytes;
+    const auto add = [&](const TensorUse& piece) {
+      const Memory to = memory(piece);
+      const bool from_caller = piece.layer == kCaller;
+      bool kept = (from_caller || is_output(piece)) && needed.covers(to) && to.bytes < needed.bytes;
       if (kept) {
-        each_write(write.layer + 1, read.layer,
+        each_write(from_caller ? 0 : piece.layer + 1, read.layer,
                    [&](const TensorUse& later) { kept = kept && !memory(later).overlaps(to); });
       }
       intact += kept ? to.bytes : 0;
-    });
+    };
+    each_io(AI_CHAIN_INPUT, add);
+    each_write(0, read.layer, add);
     return intact == needed.bytes;
   }
 

@@ -214,6 +214,31 @@ TEST(NetworkCheck, BetweenLayers) {
 
 // Records that a layer or a tensor does not have, and numbers that stand for nothing. Further
 // findings may follow from such a one.
+// The exponentials of a tensor that two layers write, one piece each.
+struct PiecesNetwork {
+  float a_data[5] = {}, b_data[3] = {}, whole_data[9] = {}, y_data[8] = {};
+  nnlib::tensor a{{1, 5, 1, 1}, a_data, nnlib::copied}, b{{1, 3, 1, 1}, b_data, nnlib::copied};
+  nnlib::tensor first{{1, 5, 1, 1}, whole_data}, second{{1, 3, 1, 1}, whole_data + 5};
+  nnlib::tensor whole{{1, 8, 1, 1}, whole_data}, y{{1, 8, 1, 1}, y_data, nnlib::copied};
+  nnlib::layer_chain<1, 1> first_chain{nnlib::list(a), nnlib::list(first)};
+  nnlib::layer_chain<1, 1> second_chain{nnlib::list(b), nnlib::list(second)};
+  nnlib::layer_chain<1, 1> exp_chain{nnlib::list(whole), nnlib::list(y)};
+  ai_layer_nl exp = {nnlib::layer(AI_LAYER_TYPE_NL, forward_exp, exp_chain), nullptr};
+  ai_layer_nl abs = {nnlib::layer(AI_LAYER_TYPE_NL, forward_abs, second_chain, &exp.base), nullptr};
+  ai_layer_nl neg = {nnlib::layer(AI_LAYER_TYPE_NL, forward_neg, first_chain, &abs.base), nullptr};
+  nnlib::network<2, 1> network{nnlib::list(a, b), nnlib::list(y), neg.base};
+};
+
+TEST(NetworkCheck, TensorsOfPieces) {
+  using N = PiecesNetwork;
+  expect_texts<N>({
+      {[](N& n) { move_to(n.second, n.whole_data + 4); },
+       "layer 2, forward_exp: input 0 is overwritten by output 0 of layer 0"},
+      {[](N& n) { move_to(n.second, n.whole_data + 6); },
+       "layer 2, forward_exp: input 0 is overwritten by output 0 of layer 0"},
+  });
+}
+
 TEST(NetworkCheck, MissingRecords) {
   using N = FloatNetwork;
   static const ai_array no_data = {AI_ARRAY_FORMAT_FLOAT, 3, nullptr, nullptr};

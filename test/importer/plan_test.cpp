@@ -82,6 +82,12 @@ TEST(Plan, PartsLieInTheirWholeAndTakeWhatTheyAreMadeFrom) {
   EXPECT_EQ(plan.offsets[2], plan.offsets[0] + 32);
   EXPECT_EQ(plan.offsets[4], plan.offsets[2]);
   EXPECT_EQ(plan.bytes, 96u);
+  // Of two operands only one lies in the part's place.
+  const std::vector<PlanItem> sum = {
+      {64, 0, 5}, {32, 3, 5, false, 0, 0}, {32, 1, 3}, {32, 2, 3}, {32, 4, 5, false, 0, 32}};
+  const Plan one = make_plan(sum, std::vector<PlanOverlay>{{1, 2, 3}, {1, 3, 3}}, 4);
+  EXPECT_EQ(one.in_place, (std::vector<bool>{true, false}));
+  EXPECT_NE(one.offsets[3], one.offsets[1]);
   // Nothing lies over a part, nor over a whole while a part of it is an operand too.
   const std::vector<PlanItem> slices = {{64, -1, 2}, {32, -1, 2, false, 0, 16}, {64, 2, 3}};
   EXPECT_FALSE(make_plan(slices, std::vector<PlanOverlay>{{2, 0, 2}}, 4).in_place[0]);
