@@ -116,19 +116,16 @@ uint32_t check_buffer(const ai_tensor& tensor, const ai_buffer& buffer) {
 }
 
 // Checks and binds the caller's buffer of every tensor of one side; raises batch_count to their
-// largest n_batches. Returns false with the error stored in the network.
-bool bind_buffers(ai_network& network, const IoSide& side, const ai_buffer* buffers,
-                  uint16_t& batch_count) {
+// largest n_batches. Returns an error code.
+uint32_t bind_buffers(const IoSide& side, const ai_buffer* buffers, uint16_t& batch_count) {
   if (!side.has_cursors()) {
-    core_set_error(&network.error, side.error_type, AI_ERROR_CODE_NULL_POINTER);
-    return false;
+    return AI_ERROR_CODE_NULL_POINTER;
   }
   for (uint32_t i = 0, n = side.count(); i < n; ++i) {
     const ai_buffer& buffer = buffers[i];
     const uint32_t code = check_buffer(side.tensor(i), buffer);
     if (code != AI_ERROR_CODE_NONE) {
-      core_set_error(&network.error, side.error_type, code);
-      return false;
+      return code;
     }
     if (batch_count < buffer.n_batches) {
       batch_count = buffer.n_batches;
@@ -142,7 +139,7 @@ bool bind_buffers(ai_network& network, const IoSide& side, const ai_buffer* buff
       bind_array(*array, buffer.data);
     }
   }
-  return true;
+  return AI_ERROR_CODE_NONE;
 }
 
 bool has_array(const ai_array* array) {
@@ -153,15 +150,14 @@ bool has_memory(const ai_array* array) {
   return array != nullptr && (array->data != nullptr || !is_copied(*array));
 }
 
-// Whether every tensor of the side has what it needs; if not, stores the error.
-bool require(bool (*met)(const ai_array*), ai_network& network, const IoSide& side) {
+// The error code where a tensor of the side has not what it needs, or 0.
+uint32_t require(bool (*met)(const ai_array*), const IoSide& side) {
   for (uint32_t i = 0, n = side.count(); i < n; ++i) {
     if (!met(side.array(i))) {
-      core_set_error(&network.error, side.error_type, AI_ERROR_CODE_NULL_POINTER);
-      return false;
+      return AI_ERROR_CODE_NULL_POINTER;
     }
   }
-  return true;
+  return AI_ERROR_CODE_NONE;
 }
 
 // Steps to the next batch; after the last one the first follows.
@@ -197,16 +193,34 @@ void store_outputs(const IoSide& outputs) {
   }
 }
 
-// The first error of the state and the arguments, before any buffer is looked at.
-ai_error check_process_state(const ai_network& network, const IoSide& inputs,
-                             const ai_buffer* input_buffers) {
+// Checks and binds all buffers. Returns the first error; 0 without outputs, too, and no batch then.
+ai_error bind_all(const ai_network& network, const IoSide& input, const IoSide& output,
+                  const ai_buffer* inputs, const ai_buffer* outputs, uint16_t& batch_count) {
   const bool initialised = (network.flags & AI_NETWORK_INITIALISED) == AI_NETWORK_INITIALISED;
   if (!initialised) {
     return AI_ERROR_MAKE(AI_ERROR_TYPE_INVALID_STATE, AI_ERROR_CODE_NOT_INITIALISED);
   }
-  if (inputs.count() == 0 || input_buffers == nullptr) {
-    return AI_ERROR_MAKE(AI_ERROR_TYPE_INVALID_INPUT, AI_ERROR_CODE_NULL_POINTER);
+  uint16_t batches = 0;
+  uint32_t code = input.count() == 0 || inputs == nullptr ? AI_ERROR_CODE_NULL_POINTER
+                                                          : bind_buffers(input, inputs, batches);
+  if (code != AI_ERROR_CODE_NONE) {
+    return AI_ERROR_MAKE(input.error_type, code);
   }
+  if (outputs == nullptr) {
+    return 0;
+  }
+  code = output.count() == 0 ? AI_ERROR_CODE_SIZE : bind_buffers(output, outputs, batches);
+  if (code == AI_ERROR_CODE_NONE) {
+    code = require(has_memory, input);
+    if (code != AI_ERROR_CODE_NONE) {
+      return AI_ERROR_MAKE(input.error_type, code);
+    }
+    code = require(has_memory, output);
+  }
+  if (code != AI_ERROR_CODE_NONE) {
+    return AI_ERROR_MAKE(output.error_type, code);
+  }
+  batch_count = batches;
   return 0;
 }
 
@@ -241,6 +255,15 @@ uint16_t describe_side(ai_network& network, const IoSide& side) {
     info.buffers[i] = describe(side.tensor(i), meta_info);
   }
   return static_cast<uint16_t>(count);
+}
+
+// Whether every tensor of the side has an array; if not, stores the error.
+bool require_arrays(ai_network& network, const IoSide& side) {
+  const uint32_t code = require(has_array, side);
+  if (code != AI_ERROR_CODE_NONE) {
+    core_set_error(&network.error, side.error_type, code);
+  }
+  return code == AI_ERROR_CODE_NONE;
 }
 
 uint32_t count_layers(const ai_network& network) {
@@ -344,24 +367,11 @@ uint16_t ai_platform_network_process(ai_handle handle, const ai_buffer* inputs,
   network->batch_index = 0;
   const IoSide input = input_side(*network);
   const IoSide output = output_side(*network);
-  const ai_error error = check_process_state(*network, input, inputs);
+  const ai_error error = bind_all(*network, input, output, inputs, outputs, network->batch_count);
   if (error != 0) {
     core_set_error(&network->error, ai_error_type(error), ai_error_code(error));
     return 0;
   }
-  uint16_t batch_count = 0;
-  if (!bind_buffers(*network, input, inputs, batch_count) || outputs == nullptr) {
-    return 0;
-  }
-  if (output.count() == 0) {
-    core_set_error(&network->error, output.error_type, AI_ERROR_CODE_SIZE);
-    return 0;
-  }
-  if (!bind_buffers(*network, output, outputs, batch_count) ||
-      !require(has_memory, *network, input) || !require(has_memory, *network, output)) {
-    return 0;
-  }
-  network->batch_count = batch_count;
   for (; network->batch_index < network->batch_count; ++network->batch_index) {
     load_inputs(input);
     ai_layers_forward_all(network);
@@ -388,11 +398,11 @@ bool ai_platform_api_get_network_report(ai_handle handle, ai_network_report* rep
   const IoSide output = output_side(*network);
   const uint16_t n_inputs = describe_side(*network, input);
   const uint16_t n_outputs = n_inputs != 0 ? describe_side(*network, output) : 0;
-  if (n_inputs == 0 || (n_outputs != 0 && !require(has_array, *network, input))) {
+  if (n_inputs == 0 || (n_outputs != 0 && !require_arrays(*network, input))) {
     report->n_inputs = 0;
     return false;
   }
-  if (n_outputs == 0 || !require(has_array, *network, output)) {
+  if (n_outputs == 0 || !require_arrays(*network, output)) {
     report->n_outputs = 0;
     return false;
   }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "core/core_convert.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <type_traits>
@@ -44,25 +45,17 @@ void float_to_fixed(float* in, const ai_tensor& output, ai_size count) {
 }
 
 // Elements of a round of the loop; where there are vectors, the compiler's own choice is better.
-#if NNLIB_VECTOR_LANES > 1
-constexpr ai_size kRound = 1;
-#elif defined(__OPTIMIZE_SIZE__)
-constexpr ai_size kRound = 2;
-#else
-constexpr ai_size kRound = 8;
-#endif
+constexpr ai_size kRound = NNLIB_VECTOR_LANES == 1 && NNLIB_FOR_SPEED ? 8 : 1;
 
 template <class T, class Function>
 void quantize(const float* in, T* out, ai_size count, Function function) {
-  for (; count >= kRound; count -= kRound, in += kRound, out += kRound) {
+  for (; kRound > 1 && count >= kRound; count -= kRound, in += kRound, out += kRound) {
     NNLIB_UNROLL
     for (ai_size i = 0; i < kRound; ++i) {
       out[i] = function(in[i]);
     }
   }
-  for (; count > 0; --count) {
-    *out++ = function(*in++);
-  }
+  std::transform(in, in + count, out, function);
 }
 
 void float_to_integer(const float* in, const ai_tensor& output, ai_size count) {

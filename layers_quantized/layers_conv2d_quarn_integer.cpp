@@ -48,10 +48,9 @@ class PreparedConvolution {
   PreparedConvolution(const PreparedConvolution&) = delete;
   PreparedConvolution& operator=(const PreparedConvolution&) = delete;
 
-  void run(void* out) const {
-    IntegerConvolution map = arguments_;
-    map.out = out;
-    kernel_.run(map);
+  void run(void* out) {
+    arguments_.out = out;
+    kernel_.run(arguments_);
   }
 
   void run_row(uint32_t y, void* out) const {
@@ -95,7 +94,7 @@ void apply_function(const ai_layer_conv2d& layer, void* from, void* to, ai_size 
 void forward_conv2d_integer(ai_layer* layer) {
   const ai_layer_conv2d& conv = nnlib::layer_record<ai_layer_conv2d>(layer);
   const nnlib::ConvGeometry g = nnlib::conv_geometry(conv);
-  const nnlib::PreparedConvolution convolution(conv, g, /*rgb=*/true, 0);
+  nnlib::PreparedConvolution convolution(conv, g, /*rgb=*/true, 0);
   void* out = ai_tensor_data(&nnlib::layer_output(*layer));
   if (conv.nl_func == nullptr) {
     convolution.run(out);
