@@ -49,6 +49,19 @@ NNLIB_ALWAYS_INLINE void gather_column(const ConvGeometry& g, const ColumnInputs
   }
 }
 
+// As for_columns, of columns that are the pixels of the input.
+template <class T, class Columns, class Product>
+NNLIB_ALWAYS_INLINE void for_pixel_columns(uint32_t count, uint32_t channels, const T* in,
+                                           Columns columns, const Product& product) {
+  for (size_t pixel = 0; pixel < count; pixel += columns.pixels()) {
+    columns.begin(static_cast<uint32_t>(count - pixel));
+    for (uint32_t column = 0; column < columns.pixels(); ++column, in += channels) {
+      columns.template put<false>(column, 0, in, channels);
+    }
+    product(columns, pixel);
+  }
+}
+
 // Calls product(columns, first pixel) for the pixels of the map in memory order, as many at a time
 // as the columns hold, and for those left over at the end.
 template <class T, class Columns, class Product>

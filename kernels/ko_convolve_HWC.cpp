@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/ko_convolve_HWC.h"
 
+#include <algorithm>
+
 #include "kernels/integer_convolution.hpp"
 #include "kernels/row_products.hpp"
 
@@ -10,6 +12,11 @@ namespace {
 int32_t* corrected_biases(const IntegerConvolution& c) {
   return reinterpret_cast<int32_t*>(static_cast<int16_t*>(c.scratch) +
                                     size_t{c.geometry.column_length()} * 2);
+}
+
+bool right_shifts(const KoQuantization& q, uint32_t channels) {
+  const auto* end = q.shift + (q.of_channels() ? channels : 1);
+  return std::all_of(q.shift, end, [](int16_t s) { return s > 0 && s < 256; });
 }
 
 }  // namespace
@@ -39,7 +46,8 @@ void convolve_basic(const IntegerConvolution& c) {
                                    g.out_channels,
                                    g.column_length(),
                                    c.quantization.in_zeropoint,
-                                   c.quantization};
+                                   c.quantization,
+                                   right_shifts(c.quantization, g.out_channels)};
   convolve_rows(rows, g, static_cast<const Activation*>(c.in), 2, static_cast<int16_t*>(c.scratch),
                 static_cast<Activation*>(c.out));
 }

@@ -4,26 +4,22 @@
 #include <algorithm>
 
 #include "kernels/arm_nntables.h"
+#include "kernels/byte_functions.hpp"
 
 namespace {
-
-template <class T>
-void relu(T* data, uint32_t count) {
-  for (uint32_t i = 0; i < count; ++i) {
-    data[i] = std::max<T>(data[i], 0);
-  }
-}
 
 constexpr int kTableIntegerBits = 3;
 
 }  // namespace
 
 void ko_fxp_relu_q7(q7_t* data, uint32_t count) {
-  relu(data, count);
+  nnlib::raise_bytes<q7_t>(data, count, 0, data);
 }
 
 void ko_fxp_relu_q15(q15_t* data, uint32_t count) {
-  relu(data, count);
+  for (uint32_t i = 0; i < count; ++i) {
+    data[i] = std::max<q15_t>(data[i], 0);
+  }
 }
 
 void ko_fxp_nn_activations_direct_q7(q7_t* data, uint32_t count, uint16_t int_width,

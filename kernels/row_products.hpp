@@ -44,8 +44,12 @@ struct IntegerRows {
   // The zero point that the columns' values still contain and the biases are corrected for.
   int32_t column_zeropoint;
   KoQuantization quantization;
+  // All shifts are from 1 to 255, as nearly always.
+  bool right_shifts = false;
 
   int32_t start(uint32_t row) const { return bias != nullptr ? bias[row] : 0; }
+  // With columns: corrected biases are never null.
+  int32_t column_start(uint32_t row) const { return bias[row]; }
   int32_t zeropoint(uint32_t row) const { return weight_zeropoint<Types>(quantization, row); }
   Channel channel(uint32_t row) const { return quantized_channel(quantization, start(row), row); }
 };
@@ -67,6 +71,7 @@ struct FixedRows {
   FixedShifts shifts;
 
   int32_t start(uint32_t row) const { return static_cast<int32_t>(fixed_start(bias, row, shifts)); }
+  int32_t column_start(uint32_t row) const { return start(row); }
   int32_t zeropoint(uint32_t) const { return 0; }
   Channel channel(uint32_t row) const { return {start(row), shifts.out}; }
 };

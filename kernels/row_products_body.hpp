@@ -7,6 +7,9 @@
 
 #include NNLIB_PART(finish)
 
+// As kTileRows: a product is of all rows.
+constexpr uint32_t kAllRows = 0;
+
 #include NNLIB_PART(products)
 
 template <class Input>
@@ -19,8 +22,12 @@ NNLIB_ALWAYS_INLINE void multiply_tiles(const Rows& rows, const Data& columns,
                                         typename Rows::Output* out) {
   constexpr uint32_t kRows = kTileRows<kPixels>;
   TileProduct<kPixels, Rows> product(rows, columns);
-  for (uint32_t row = 0; row < rows.count; row += kRows) {
-    product(row, std::min(rows.count - row, kRows), out + row);
+  if constexpr (kRows == kAllRows) {
+    product(out);
+  } else {
+    for (uint32_t row = 0; row < rows.count; row += kRows) {
+      product(row, std::min(rows.count - row, kRows), out + row);
+    }
   }
 }
 
@@ -57,7 +64,13 @@ void convolve(const Rows& rows, const ConvGeometry& g, const typename Rows::Inpu
                                                      static_cast<int16_t>(rows.column_zeropoint)};
   if (!convolve_map(rows, g, inputs, columns, scratch, out)) {
     if constexpr (!kWholeMaps<typename Rows::Input>) {
-      for_columns(g, inputs, Columns(scratch, rows.length, columns), WholeRows<Rows>{rows, out});
+      const WholeRows<Rows> product = {rows, out};
+      if (g.is_product()) {
+        for_pixel_columns(g.pixels(), rows.length, in, Columns(scratch, rows.length, columns),
+                          product);
+      } else {
+        for_columns(g, inputs, Columns(scratch, rows.length, columns), product);
+      }
     }
   }
 }

@@ -77,7 +77,9 @@ arm_status run(const FixedConvolution& c) {
       return call(arm_convolve_HWC_q7_basic_nonsquare, c);
     case FixedConvKernel::kSquareQ15: {
       const arm_status status = call(arm_convolve_HWC_q15_fast, c);
-      return status != ARM_MATH_SIZE_MISMATCH ? status : call(arm_convolve_HWC_q15_basic, c);
+      // Any channels: as arm_convolve_HWC_q15_basic, which takes one column where there is room for
+      // two.
+      return status != ARM_MATH_SIZE_MISMATCH ? status : call(ko_fxp_convolve_HWC_q15_nonsquare, c);
     }
     case FixedConvKernel::kRowsQ15:
       return call(ko_fxp_convolve_HWC_q15_nonsquare, c);

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "layers_quantized/layers_nl_quarn_integer.h"
 
-#include <algorithm>
-#include <limits>
-
+#include "kernels/byte_functions.hpp"
 #include "layers/layer_tensors.hpp"
 #include "layers_quantized/quantized_types.hpp"
 
@@ -25,26 +23,21 @@ void apply(ai_array* out, const ai_array* in, ai_size size, const void* params) 
 template <class T>
 struct Relu {
   static void apply(T* out, const T* in, ai_size size, const T* params) {
-    const T low = params[0];
-    std::transform(in, in + size, out, [low](T x) { return std::max(x, low); });
+    nnlib::raise_bytes(in, size, params[0], out);
   }
 };
 
 template <class T>
 struct Clip {
   static void apply(T* out, const T* in, ai_size size, const T* params) {
-    const T low = params[0];
-    const T high = params[1];
-    std::transform(in, in + size, out,
-                   [low, high](T x) { return std::min(std::max(x, low), high); });
+    nnlib::clip_bytes(in, size, params[0], params[1], out);
   }
 };
 
 template <class T>
 struct Table {
   static void apply(T* out, const T* in, ai_size size, const T* params) {
-    std::transform(in, in + size, out,
-                   [params](T x) { return params[x - std::numeric_limits<T>::min()]; });
+    nnlib::look_up_bytes(in, params, size, out);
   }
 };
 

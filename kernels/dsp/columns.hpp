@@ -39,9 +39,12 @@ inline int32_t column_sum(const int16_t* column, uint32_t length) {
   return length != 0 ? wrapping_add(sum, *column) : sum;
 }
 
+// Columns whose length is not a multiple of 4 are first collected as they are, where they fit.
+constexpr size_t kMostCollected = 80;  // bytes of one: 5x5 with 3 channels
+
 class Columns {
  public:
-  static constexpr uint32_t kLooseStep = 1;
+  static constexpr uint32_t kLooseStep = 4;
 
   // Two columns are read in double words, and their rows in words.
   Columns(int16_t* scratch, uint32_t length, uint32_t most)
@@ -53,21 +56,22 @@ class Columns {
   void begin(uint32_t left) { pixels_ = std::min(left, most_); }
   uint32_t pixels() const { return pixels_; }
   const int16_t* data() const { return data_; }
-  // Of two columns the 0 to 3 values that fill no group, as a group that ends with them, with zeros
-  // in front.
-  const int16_t* end() const { return end_; }
+  // Of two columns the first 0 to 3 values, so many that the others fill groups, as a group with
+  // zeros behind them.
+  const int16_t* head() const { return head_; }
 
   template <class T>
-  void fill(uint32_t column, int16_t value) {
+  __attribute__((noinline)) void fill(uint32_t column, int16_t value) {
     if (pixels_ == 1) {
       std::fill_n(data_, length_, value);
       return;
     }
-    for (uint32_t k = 0; k < (length_ & ~3u); ++k) {
-      data_[(k & ~3u) * 2 + column * 4 + k % 4] = value;
+    if (collects<T>()) {
+      std::fill_n(collected<T>(column), length_, static_cast<T>(value));
+      return;
     }
-    for (uint32_t k = length_ & ~3u; k < length_; ++k) {
-      *end_position<T>(column, k) = value;
+    for (uint32_t k = 0; k < length_; ++k) {
+      *position<T>(column, k) = value;
     }
   }
 
@@ -75,59 +79,136 @@ class Columns {
   void put(uint32_t column, uint32_t at, const T* in, uint32_t count) {
     if (pixels_ == 1) {
       widen(in, count, 0, data_ + at);
-      return;
+    } else if (collects<T>()) {
+      copy<kLoose>(in, count, collected<T>(column) + at);
+    } else {
+      put_interleaved(column, at, in, count);
     }
-    const uint32_t whole = length_ & ~3u;
-    uint32_t k = at;
-    const uint32_t stop = at + count;
-    for (; k % 4 != 0 && k < stop && k < whole; ++k) {
-      *position<T>(column, k) = static_cast<int16_t>(*in++);
-    }
-    const uint32_t stop_groups = std::min(stop, whole) & ~3u;
-    if (k < stop_groups) {
-      int16_t* to = data_ + size_t{k} * 2 + column * 4;
-      put_groups(in, in + (stop_groups - k), to);
-      in += stop_groups - k;
-      k = stop_groups;
-    }
-    for (; k < stop && k < whole; ++k) {
-      *position<T>(column, k) = static_cast<int16_t>(*in++);
-    }
-    for (; k < stop; ++k) {
-      *end_position<T>(column, k) = static_cast<int16_t>(*in++);
+  }
+
+  // To be called before two columns are read.
+  template <class T>
+  NNLIB_ALWAYS_INLINE void interleave() const {
+    if (collects<T>()) {
+      interleave_collected<T>();
     }
   }
 
  private:
   template <class T>
-  static NNLIB_ALWAYS_INLINE void put_groups(const T* in, const T* end, int16_t* to) {
-    if constexpr (sizeof(T) == 2) {
-      do {
-        for (uint32_t i = 0; i < 4; ++i) {
-          to[i] = static_cast<int16_t>(in[i]);
-        }
-        to += 8;
-      } while ((in += 4) != end);
+  bool collects() const {
+    return length_ % 4 != 0 && length_ * sizeof(T) <= kMostCollected;
+  }
+  template <class T>
+  __attribute__((noinline)) void interleave_collected() const {
+    const T* first = collected<T>(0);
+    const T* second = collected<T>(1);
+    const uint32_t head = length_ % 4;
+    put_head(first, head, head_);
+    put_head(second, head, head_ + 4);
+    first += head;
+    second += head;
+    int16_t* to = data_;
+    for (const int16_t* stop = to + (length_ & ~3u) * 2; to != stop;) {
+      put_group<8>(first, to);
+      put_group<8>(second, to);
+    }
+  }
+
+  // Of four values in words the first 1 to 3, and zeros.
+  template <class T>
+  static NNLIB_ALWAYS_INLINE void put_head(const T* in, uint32_t count, int16_t* to) {
+    uint32_t words[sizeof(T)] = {dsp::load_word(in)};
+    if constexpr (sizeof(T) == 1) {
+      words[0] &= (1u << 8 * count) - 1;
     } else {
-      do {
-        const uint32_t bytes = dsp::load_word(in);
-        dsp::store_word(to, dsp::even_bytes<T>(0, bytes));
-        dsp::store_word(to + 2, dsp::odd_bytes<T>(0, bytes));
-        to += 8;
-      } while ((in += 4) != end);
+      words[0] &= count == 1 ? 0xffff : ~0u;
+      words[1] = count == 3 ? dsp::load_word(in + 2) & 0xffff : 0;
+    }
+    const T* from = reinterpret_cast<const T*>(words);
+    put_group<8>(from, to);
+  }
+
+  template <class T>
+  T* collected(uint32_t column) {
+    return reinterpret_cast<T*>(collected_[column]);
+  }
+  template <class T>
+  const T* collected(uint32_t column) const {
+    return reinterpret_cast<const T*>(collected_[column]);
+  }
+
+  // Loosely: up to three bytes more.
+  template <bool kLoose, class T>
+  static NNLIB_ALWAYS_INLINE void copy(const T* in, uint32_t count, T* to) {
+    constexpr uint32_t kOfWord = 4 / sizeof(T);
+    const uint32_t words = (count + (kLoose ? kOfWord - 1 : 0)) / kOfWord;
+    for (uint32_t left = words; left > 0; --left, in += kOfWord, to += kOfWord) {
+      dsp::store_word(to, dsp::load_word(in));
+    }
+    for (uint32_t left = kLoose ? 0 : count % kOfWord; left > 0; --left) {
+      *to++ = *in++;
     }
   }
 
   template <class T>
-  int16_t* position(uint32_t column, uint32_t k) {
-    return data_ + (k & ~3u) * 2 + column * 4 + pair_position<T>(k % 4);
+  __attribute__((noinline)) void put_interleaved(uint32_t column, uint32_t at, const T* in,
+                                                 uint32_t count) {
+    const uint32_t head = length_ % 4;
+    uint32_t k = at;
+    for (; count > 0 && (k < head || (k - head) % 4 != 0); --count, ++k) {
+      *position<T>(column, k) = static_cast<int16_t>(*in++);
+    }
+    if (count >= 4) {
+      int16_t* to = data_ + size_t{k - head} * 2 + column * 4;
+      const T* stop = in + (count & ~3u);
+      do {
+        put_group<16>(in, to);
+      } while (in != stop);
+    }
+    k += count & ~3u;
+    for (count %= 4; count > 0; --count, ++k) {
+      *position<T>(column, k) = static_cast<int16_t>(*in++);
+    }
   }
+
+  // Both move on, `to` by kStep bytes.
+  template <int kStep, class T>
+  static NNLIB_ALWAYS_INLINE void put_group(const T*& in, int16_t*& to) {
+    uint32_t a, b;
+    if constexpr (sizeof(T) == 2) {
+      __asm__ volatile(
+          "ldr %[a], [%[in]], #4\n\tldr %[b], [%[in]], #4\n\tstrd %[a], %[b], [%[to]], %[step]"
+          : [a] "=&r"(a), [b] "=&r"(b), [in] "+r"(in), [to] "+r"(to)
+          : [step] "i"(kStep)
+          : "memory");
+    } else if constexpr (std::is_signed_v<T>) {
+      __asm__ volatile(
+          "ldr %[a], [%[in]], #4\n\tsxtb16 %[b], %[a], ror #8\n\tsxtb16 %[a], %[a]\n\t"
+          "strd %[a], %[b], [%[to]], %[step]"
+          : [a] "=&r"(a), [b] "=&r"(b), [in] "+r"(in), [to] "+r"(to)
+          : [step] "i"(kStep)
+          : "memory");
+    } else {
+      __asm__ volatile(
+          "ldr %[a], [%[in]], #4\n\tuxtb16 %[b], %[a], ror #8\n\tuxtb16 %[a], %[a]\n\t"
+          "strd %[a], %[b], [%[to]], %[step]"
+          : [a] "=&r"(a), [b] "=&r"(b), [in] "+r"(in), [to] "+r"(to)
+          : [step] "i"(kStep)
+          : "memory");
+    }
+  }
+
   template <class T>
-  int16_t* end_position(uint32_t column, uint32_t k) {
-    return end_ + column * 4 + pair_position<T>(4 + k - length_);
+  int16_t* position(uint32_t column, uint32_t k) const {
+    const uint32_t head = length_ % 4;
+    const uint32_t of_group = k < head ? k : k - head;
+    int16_t* group = k < head ? head_ : data_ + (of_group & ~3u) * 2;
+    return group + column * 4 + pair_position<T>(of_group % 4);
   }
 
   int16_t* data_;
   uint32_t length_, most_, pixels_;
-  alignas(4) int16_t end_[8] = {};
+  alignas(4) mutable int16_t head_[8] = {};
+  alignas(4) uint8_t collected_[2][kMostCollected];
 };

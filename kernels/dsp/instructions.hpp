@@ -50,6 +50,35 @@ NNLIB_ALWAYS_INLINE uint32_t odd_bytes(uint32_t added, uint32_t bytes) {
   return sum;
 }
 
+// The same byte four times.
+constexpr uint32_t four_times(int32_t value) {
+  return static_cast<uint8_t>(value) * uint32_t{0x01010101};
+}
+
+// Of each byte of `a` that is at least that of `b` the byte of `yes`, of others that of `no`.
+template <class Byte>
+NNLIB_ALWAYS_INLINE uint32_t select_bytes(uint32_t a, uint32_t b, uint32_t yes, uint32_t no) {
+  uint32_t selected;
+  if constexpr (std::is_signed_v<Byte>) {
+    __asm__("ssub8 %0, %1, %2\n\tsel %0, %3, %4"
+            : "=&r"(selected)
+            : "r"(a), "r"(b), "r"(yes), "r"(no));
+  } else {
+    __asm__("usub8 %0, %1, %2\n\tsel %0, %3, %4"
+            : "=&r"(selected)
+            : "r"(a), "r"(b), "r"(yes), "r"(no));
+  }
+  return selected;
+}
+template <class Byte>
+NNLIB_ALWAYS_INLINE uint32_t greater_bytes(uint32_t a, uint32_t b) {
+  return select_bytes<Byte>(a, b, a, b);
+}
+template <class Byte>
+NNLIB_ALWAYS_INLINE uint32_t lesser_bytes(uint32_t a, uint32_t b) {
+  return select_bytes<Byte>(a, b, b, a);
+}
+
 // The low halves of a and b, and their high ones.
 NNLIB_ALWAYS_INLINE uint32_t low_halves(uint32_t a, uint32_t b) {
   uint32_t halves;

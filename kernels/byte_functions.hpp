@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+// Functions of runs of bytes, by the instruction set that the target has anyway. The output may be
+// an input.
+#ifndef NNLIB_KERNELS_BYTE_FUNCTIONS_HPP
+#define NNLIB_KERNELS_BYTE_FUNCTIONS_HPP
+
+#include <algorithm>
+#include <limits>
+#include <type_traits>
+
+#include "kernels/instruction_set.hpp"
+#include "kernels/vector.hpp"
+
+namespace nnlib {
+#define NNLIB_SET NNLIB_NARROW_SET
+#include NNLIB_PART(bytes)
+#undef NNLIB_SET
+
+// Each element x becomes table[x], counted from the least x on.
+template <class T>
+void look_up_bytes(const T* in, const T* table, uint32_t count, T* out) {
+  table -= std::numeric_limits<T>::min();
+  constexpr uint32_t kRound = NNLIB_FOR_SPEED ? 4 : 1;
+  for (; count >= kRound; count -= kRound, in += kRound, out += kRound) {
+    NNLIB_UNROLL
+    for (uint32_t i = 0; i < kRound; ++i) {
+      out[i] = table[in[i]];
+    }
+  }
+  for (; kRound > 1 && count > 0; --count) {
+    *out++ = table[*in++];
+  }
+}
+
+}  // namespace nnlib
+
+#endif
