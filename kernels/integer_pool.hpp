@@ -156,6 +156,16 @@ void pool_window(const PoolGeometry& g, const Window& rows, const Window& column
   }
 }
 
+// Outputs without another quantization.
+template <class Fold, class T>
+struct ExactPool {
+  static constexpr bool is_exact() { return true; }
+  template <class Folded>
+  T operator()(Folded folded, uint32_t count) const {
+    return Fold::template exact<T>(folded, count);
+  }
+};
+
 #define NNLIB_SET NNLIB_NARROW_SET
 #include NNLIB_PART(pool)
 #undef NNLIB_SET
@@ -179,16 +189,6 @@ void integer_pool(const PoolGeometry& g, const T* in, T* out, T outside, const F
     }
   }
 }
-
-// Outputs without another quantization.
-template <class Fold, class T>
-struct ExactPool {
-  static constexpr bool is_exact() { return true; }
-  template <class Folded>
-  T operator()(Folded folded, uint32_t count) const {
-    return Fold::template exact<T>(folded, count);
-  }
-};
 
 }  // namespace nnlib
 

@@ -19,7 +19,7 @@ NNLIB_ALWAYS_INLINE void map_words(const T* in, uint32_t count, T* out, const Fu
 template <class T>
 void raise_bytes(const T* in, uint32_t count, T low, T* out) {
   const uint32_t lows = dsp::four_times(low);
-  map_words(in, count, out, [=](uint32_t word) { return dsp::greater_bytes<T>(word, lows); });
+  map_words(in, count, out, [=](uint32_t word) { return dsp::greater_lanes<T>(word, lows); });
 }
 
 // min(max(x, low), high)
@@ -28,6 +28,6 @@ void clip_bytes(const T* in, uint32_t count, T low, T high, T* out) {
   const uint32_t lows = dsp::four_times(low);
   const uint32_t highs = dsp::four_times(high);
   map_words(in, count, out, [=](uint32_t word) {
-    return dsp::lesser_bytes<T>(dsp::greater_bytes<T>(word, lows), highs);
+    return dsp::lesser_lanes<T>(dsp::greater_lanes<T>(word, lows), highs);
   });
 }

@@ -55,28 +55,33 @@ constexpr uint32_t four_times(int32_t value) {
   return static_cast<uint8_t>(value) * uint32_t{0x01010101};
 }
 
-// Of each byte of `a` that is at least that of `b` the byte of `yes`, of others that of `no`.
-template <class Byte>
-NNLIB_ALWAYS_INLINE uint32_t select_bytes(uint32_t a, uint32_t b, uint32_t yes, uint32_t no) {
+// Of each byte or 16-bit value of `a`, as T is, that is at least that of `b` the one of `yes`, of
+// others that of `no`.
+#define NNLIB_SELECT(subtract)                     \
+  __asm__(subtract " %0, %1, %2\n\tsel %0, %3, %4" \
+          : "=&r"(selected)                        \
+          : "r"(a), "r"(b), "r"(yes), "r"(no))
+template <class T>
+NNLIB_ALWAYS_INLINE uint32_t select_lanes(uint32_t a, uint32_t b, uint32_t yes, uint32_t no) {
   uint32_t selected;
-  if constexpr (std::is_signed_v<Byte>) {
-    __asm__("ssub8 %0, %1, %2\n\tsel %0, %3, %4"
-            : "=&r"(selected)
-            : "r"(a), "r"(b), "r"(yes), "r"(no));
+  if constexpr (sizeof(T) == 2) {
+    static_assert(std::is_signed_v<T>);
+    NNLIB_SELECT("ssub16");
+  } else if constexpr (std::is_signed_v<T>) {
+    NNLIB_SELECT("ssub8");
   } else {
-    __asm__("usub8 %0, %1, %2\n\tsel %0, %3, %4"
-            : "=&r"(selected)
-            : "r"(a), "r"(b), "r"(yes), "r"(no));
+    NNLIB_SELECT("usub8");
   }
   return selected;
 }
-template <class Byte>
-NNLIB_ALWAYS_INLINE uint32_t greater_bytes(uint32_t a, uint32_t b) {
-  return select_bytes<Byte>(a, b, a, b);
+#undef NNLIB_SELECT
+template <class T>
+NNLIB_ALWAYS_INLINE uint32_t greater_lanes(uint32_t a, uint32_t b) {
+  return select_lanes<T>(a, b, a, b);
 }
-template <class Byte>
-NNLIB_ALWAYS_INLINE uint32_t lesser_bytes(uint32_t a, uint32_t b) {
-  return select_bytes<Byte>(a, b, b, a);
+template <class T>
+NNLIB_ALWAYS_INLINE uint32_t lesser_lanes(uint32_t a, uint32_t b) {
+  return select_lanes<T>(a, b, b, a);
 }
 
 // The low halves of a and b, and their high ones.

@@ -1,2 +1,175 @@
 // SPDX-License-Identifier: MIT
-#include "kernels/scalar/pool.hpp"
+// Windows by words of channels: maxima of four bytes or two 16-bit values side by side, sums of
+// bytes as pairs of 16 bits, which are widened before they overflow.
+
+// So many bytes have a sum of 16 bits.
+constexpr uint32_t kMostBytes = 255;
+
+template <class Fold>
+constexpr bool kIsMax = std::is_base_of_v<IntegerMax, Fold>;
+
+template <class Fold, class T>
+constexpr bool is_narrow(const Window& rows, const Window& columns) {
+  return kIsMax<Fold> || (uint64_t{rows.count} * columns.count <= 65535 &&
+                          (sizeof(T) != 1 || columns.count <= kMostBytes));
+}
+
+// The cells of a window that is not empty: how far it is from column to column and from row to row.
+struct PoolCells {
+  size_t step, pitch;
+  uint32_t rows, columns;
+  uint32_t rows_at_once;  // of at most kMostBytes cells
+};
+
+// A word's channels, or the first of them.
+template <bool kWhole, class T>
+NNLIB_ALWAYS_INLINE uint32_t load_channels(const T* from, uint32_t channels) {
+  if (kWhole || channels == 4 / sizeof(T)) {
+    return dsp::load_word(from);
+  }
+  uint32_t word = 0;
+  for (uint32_t i = channels; i-- > 0;) {
+    word = word << (8 * sizeof(T)) | static_cast<std::make_unsigned_t<T>>(from[i]);
+  }
+  return word;
+}
+
+// kColumns: how many columns there are; 0: as many as the cells say. Returns where the next row is.
+template <uint32_t kColumns, class T, class Visit>
+NNLIB_ALWAYS_INLINE const T* for_cells(const PoolCells& cells, const T* in, uint32_t rows,
+                                       const Visit& visit) {
+  do {
+    if constexpr (kColumns == 0) {
+      const T* at = in;
+      uint32_t left = cells.columns;
+      do {
+        visit(at);
+        at += cells.step;
+      } while (--left > 0);
+    } else {
+      NNLIB_UNROLL
+      for (uint32_t column = 0; column < kColumns; ++column) {
+        visit(in + column * cells.step);
+      }
+    }
+    in += cells.pitch;
+  } while (--rows > 0);
+  return in;
+}
+
+// The maxima of a word of channels.
+template <uint32_t kColumns, class T, class Finish, class Load>
+NNLIB_ALWAYS_INLINE void pool_maxima(const PoolCells& cells, const T* in, uint32_t channels, T* out,
+                                     const Finish& finish, const Load& load) {
+  constexpr T kLeast = std::numeric_limits<T>::min();
+  uint32_t most = sizeof(T) == 1 ? dsp::four_times(kLeast) : dsp::twice(kLeast);
+  for_cells<kColumns>(
+      cells, in, cells.rows, [&](const T* at) __attribute__((always_inline)) {
+        most = dsp::greater_lanes<T>(most, load(at));
+      });
+  if (finish.is_exact() && channels == 4 / sizeof(T)) {
+    dsp::store_word(out, most);
+    return;
+  }
+  for (uint32_t i = 0; i < channels; ++i, most >>= 8 * sizeof(T)) {
+    out[i] = finish(static_cast<T>(most), cells.rows * cells.columns);
+  }
+}
+
+struct FourSums {
+  int32_t sums[4];
+};
+template <class T, class Finish>
+__attribute__((noinline)) void finish_each(FourSums of, uint32_t channels, uint32_t count, T* out,
+                                           const Finish& finish) {
+  for (uint32_t i = 0; i < channels; ++i) {
+    out[i] = finish(of.sums[i], count);
+  }
+}
+
+// The means of four channels of bytes.
+template <class Fold, uint32_t kColumns, class T, class Finish, class Load>
+NNLIB_ALWAYS_INLINE void pool_means(const PoolCells& cells, const T* in, uint32_t channels, T* out,
+                                    const Finish& finish, const Load& load) {
+  using Half = std::conditional_t<std::is_signed_v<T>, int16_t, uint16_t>;
+  using Word = std::conditional_t<std::is_signed_v<T>, int32_t, uint32_t>;
+  const uint32_t count = cells.rows * cells.columns;
+  int32_t sums[4] = {};
+  uint32_t left = cells.rows;
+  do {
+    const uint32_t rows = std::min(left, cells.rows_at_once);
+    uint32_t even = 0, odd = 0;
+    in = for_cells<kColumns>(
+        cells, in, rows, [&](const T* at) __attribute__((always_inline)) {
+          const uint32_t bytes = load(at);
+          even = dsp::even_bytes<T>(even, bytes);
+          odd = dsp::odd_bytes<T>(odd, bytes);
+        });
+    sums[0] += static_cast<Half>(even);
+    sums[1] += static_cast<Half>(odd);
+    sums[2] += static_cast<int32_t>(static_cast<Word>(even) >> 16);
+    sums[3] += static_cast<int32_t>(static_cast<Word>(odd) >> 16);
+    left -= rows;
+  } while (left > 0);
+  if (!finish.is_exact()) {
+    finish_each({{sums[0], sums[1], sums[2], sums[3]}}, channels, count, out, finish);
+    return;
+  }
+  NNLIB_UNROLL_FOR_SPEED
+  for (uint32_t i = 0; i < 4; ++i) {
+    if (i < channels) {
+      out[i] = Fold::template exact<T>(sums[i], count);
+    }
+  }
+}
+
+template <class Fold, bool kWhole, uint32_t kColumns, class T, class Finish>
+NNLIB_ALWAYS_INLINE void pool_word(const PoolCells& cells, const T* in, uint32_t channels, T* out,
+                                   const Finish& finish) {
+  const auto load = [channels](const T* at) __attribute__((always_inline)) {
+    return load_channels<kWhole>(at, channels);
+  };
+  if constexpr (kIsMax<Fold>) {
+    pool_maxima<kColumns>(cells, in, channels, out, finish, load);
+  } else {
+    pool_means<Fold, kColumns>(cells, in, channels, out, finish, load);
+  }
+}
+
+// Whole words of channels; returns how many channels these are.
+template <class Fold, uint32_t kColumns, class T, class Finish>
+__attribute__((noinline)) uint32_t pool_words(const PoolCells& of, const T* in, T* out,
+                                              const Finish& finish) {
+  constexpr uint32_t kLanes = 4 / sizeof(T);
+  const PoolCells cells = of;
+  const uint32_t channels = static_cast<uint32_t>(cells.step) & ~(kLanes - 1);
+  for (T* stop = out + channels; out != stop; in += kLanes, out += kLanes) {
+    pool_word<Fold, true, kColumns>(cells, in, kLanes, out, finish);
+  }
+  return channels;
+}
+
+template <class Fold, class T, class Finish>
+void pool_narrow(const PoolGeometry& g, const Window& rows, const Window& columns, const T* in,
+                 T* out, const Finish& finish) {
+  if constexpr (!kIsMax<Fold> && sizeof(T) != 1) {
+    pool_window<Fold, typename Fold::template Narrow<T>>(g, rows, columns, in, out, finish);
+  } else {
+    constexpr uint32_t kLanes = 4 / sizeof(T);
+    const size_t step = g.channels;
+    const uint32_t count = rows.count * columns.count;
+    const PoolCells cells = {step, step * g.in_width, rows.count, columns.count,
+                             count <= kMostBytes ? rows.count : kMostBytes / columns.count};
+    in += rows.begin * cells.pitch + columns.begin * step;
+    uint32_t channel = 0;
+    if constexpr (NNLIB_FOR_SPEED) {
+      channel = columns.count == 2   ? pool_words<Fold, 2>(cells, in, out, finish)
+                : columns.count == 3 ? pool_words<Fold, 3>(cells, in, out, finish)
+                                     : pool_words<Fold, 0>(cells, in, out, finish);
+    }
+    for (; channel < g.channels; channel += kLanes) {
+      pool_word<Fold, false, 0>(cells, in + channel, std::min(g.channels - channel, kLanes),
+                                out + channel, finish);
+    }
+  }
+}
