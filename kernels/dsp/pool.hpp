@@ -115,7 +115,7 @@ NNLIB_ALWAYS_INLINE void pool_means(const PoolCells& cells, const T* in, uint32_
     finish_each({{sums[0], sums[1], sums[2], sums[3]}}, channels, count, out, finish);
     return;
   }
-  NNLIB_UNROLL_FOR_SPEED
+  NNLIB_UNROLL
   for (uint32_t i = 0; i < 4; ++i) {
     if (i < channels) {
       out[i] = Fold::template exact<T>(sums[i], count);
@@ -155,21 +155,21 @@ void pool_narrow(const PoolGeometry& g, const Window& rows, const Window& column
   if constexpr (!kIsMax<Fold> && sizeof(T) != 1) {
     pool_window<Fold, typename Fold::template Narrow<T>>(g, rows, columns, in, out, finish);
   } else {
-    constexpr uint32_t kLanes = 4 / sizeof(T);
     const size_t step = g.channels;
     const uint32_t count = rows.count * columns.count;
     const PoolCells cells = {step, step * g.in_width, rows.count, columns.count,
                              count <= kMostBytes ? rows.count : kMostBytes / columns.count};
     in += rows.begin * cells.pitch + columns.begin * step;
     uint32_t channel = 0;
-    if constexpr (NNLIB_FOR_SPEED) {
+    if constexpr (!NNLIB_FOR_SPEED) {
+      channel = pool_words<Fold, 0>(cells, in, out, finish);
+    } else {
       channel = columns.count == 2   ? pool_words<Fold, 2>(cells, in, out, finish)
                 : columns.count == 3 ? pool_words<Fold, 3>(cells, in, out, finish)
                                      : pool_words<Fold, 0>(cells, in, out, finish);
     }
-    for (; channel < g.channels; channel += kLanes) {
-      pool_word<Fold, false, 0>(cells, in + channel, std::min(g.channels - channel, kLanes),
-                                out + channel, finish);
+    if (channel < g.channels) {
+      pool_word<Fold, false, 0>(cells, in + channel, g.channels - channel, out + channel, finish);
     }
   }
 }
