@@ -66,6 +66,16 @@ NNLIB_ALWAYS_INLINE void for_pixels(const FixedConv<q7_t>& conv, Visit visit) {
 
 #include NNLIB_PART(fixed_depthwise)
 
+// Channels from `first` on, one after the other.
+NNLIB_NOINLINE inline void convolve_rest(const FixedConv<q7_t>& conv, uint32_t first,
+                                         uint32_t multiplier) {
+  for_pixels(conv, [=, &conv](const DepthwisePixel& pixel, q7_t* out) {
+    for (uint32_t channel = first; channel < conv.geometry.out_channels; ++channel) {
+      depthwise_channels<1>(pixel, channel / multiplier, channel, out);
+    }
+  });
+}
+
 inline void convolve_channels(const FixedConv<q7_t>& conv) {
   const uint32_t channels = conv.geometry.out_channels;
   if (channels == 0) {
@@ -73,12 +83,7 @@ inline void convolve_channels(const FixedConv<q7_t>& conv) {
   }
   const uint32_t multiplier = channels / conv.geometry.in_channels;
   const uint32_t done = multiplier == 1 ? depthwise_blocks(conv) : 0;
-  if (done == channels) {
-    return;
+  if (done != channels) {
+    convolve_rest(conv, done, multiplier);
   }
-  for_pixels(conv, [=](const DepthwisePixel& pixel, q7_t* out) {
-    for (uint32_t channel = done; channel < channels; ++channel) {
-      depthwise_channels<1>(pixel, channel / multiplier, channel, out);
-    }
-  });
 }

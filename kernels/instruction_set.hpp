@@ -12,6 +12,7 @@
 //                  depthwise_blocks: blocks of channels side by side, of a whole map; how many
 //                  channels that was
 //   pool.hpp       is_narrow, which windows pool_narrow pools by its own means
+//   add.hpp        add_exactly, add_rescaled: sums of runs of bytes
 //
 // Kernel bodies (vector.hpp) include the parts that they need as NNLIB_PART(columns): those of the
 // narrow instance's set, chosen here, or of kernels/avx2 in the wide one. A new instruction set is

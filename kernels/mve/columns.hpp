@@ -5,11 +5,19 @@
 
 template <class T>
 void widen(const T* in, uint32_t count, int32_t subtracted, int16_t* out) {
-  for (int32_t left = static_cast<int32_t>(count); left > 0; left -= 8, in += 8, out += 8) {
-    const mve_pred16_t lanes = vctp16q(static_cast<uint32_t>(left));
-    const int16x8_t values = vsubq_n_s16(load_widened(in, lanes), static_cast<int16_t>(subtracted));
-    vstrhq_p_s16(out, values, lanes);
+#define NNLIB_WIDEN(load)                                                                        \
+  __asm__ volatile("wlstp.16 lr, %[n], 2f\n1:\n\t" load                                          \
+                   " q0, [%[in]], #8\n\tvsub.i16 q0, q0, %[z]\n\tvstrh.16 q0, [%[out]], #16\n\t" \
+                   "letp lr, 1b\n2:"                                                             \
+                   : [in] "+l"(in), [out] "+r"(out)                                              \
+                   : [n] "r"(count), [z] "r"(subtracted)                                         \
+                   : "q0", "lr", "memory")
+  if constexpr (std::is_signed_v<T>) {
+    NNLIB_WIDEN("vldrb.s16");
+  } else {
+    NNLIB_WIDEN("vldrb.u16");
   }
+#undef NNLIB_WIDEN
 }
 
 template <class T>

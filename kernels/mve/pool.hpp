@@ -6,8 +6,9 @@
 
 // So many bytes have a sum of 16 bits.
 constexpr uint32_t kMostBytes = 128;
-// Of so many cells the means below are exact.
+// Of so many cells means are exact, and by lanes of 16 bits.
 constexpr uint32_t kMostCells = 2048;
+constexpr uint32_t kMostOf16Bits = 11;
 
 template <class Fold, class T>
 constexpr bool is_narrow(const Window& rows, const Window& columns) {
@@ -44,48 +45,56 @@ NNLIB_ALWAYS_INLINE auto max_of_cells(const PoolCells& cells, const T* in, mve_p
   return most;
 }
 
-// The sums of the even and of the odd ones of eight channels.
+// The sums of eight channels over at most kMostBytes cells.
 template <bool kAll, class T>
-NNLIB_ALWAYS_INLINE int32x4x2_t sum_of_cells(const PoolCells& cells, const T* in,
-                                             mve_pred16_t lanes) {
-  int32x4x2_t sums = {{vdupq_n_s32(0), vdupq_n_s32(0)}};
-  int16x8_t part = vdupq_n_s16(0);
-  uint32_t room = kMostBytes;
-  const auto add_part = [&] {
-    sums.val[0] = vaddq_s32(sums.val[0], vmovlbq_s16(part));
-    sums.val[1] = vaddq_s32(sums.val[1], vmovltq_s16(part));
-  };
+NNLIB_ALWAYS_INLINE int16x8_t sum_of_cells(const PoolCells& cells, const T* in,
+                                           mve_pred16_t lanes) {
+  int16x8_t sums = vdupq_n_s16(0);
   for (uint32_t row = cells.rows; row > 0; --row, in += cells.pitch) {
-    if (room < cells.columns) {
-      add_part();
-      part = vdupq_n_s16(0);
-      room = kMostBytes;
-    }
-    room -= cells.columns;
     const T* at = in;
     for (uint32_t left = cells.columns; left > 0; --left, at += cells.step) {
-      part = vaddq_s16(part, load_eight<kAll>(at, lanes));
+      sums = vaddq_s16(sums, load_eight<kAll>(at, lanes));
     }
   }
-  add_part();
   return sums;
 }
 
-// The exact means: the sums plus half the count, divided by the count. With r = floor(2^31 / count)
-// + 1 the product with n is above n / count by less than |n| / 2^31, which is less than 1 / count.
-template <class Fold>
-NNLIB_ALWAYS_INLINE int32x4_t divide_lanes(int32x4_t sums, uint32_t count) {
-  const auto half = static_cast<int32_t>(count / 2);
-  if constexpr (Fold::kHalvesAway) {
-    const int32x4_t sign = vshrq_n_s32(sums, 31);
-    sums = vaddq_s32(sums, vsubq_s32(veorq_s32(vdupq_n_s32(half), sign), sign));
-  } else {
-    sums = vaddq_n_s32(sums, half);
+// The sums of the even and of the odd ones over any cells.
+template <bool kAll, class T>
+NNLIB_ALWAYS_INLINE int32x4x2_t wide_sum_of_cells(PoolCells cells, const T* in,
+                                                  mve_pred16_t lanes) {
+  int32x4x2_t sums = {{vdupq_n_s32(0), vdupq_n_s32(0)}};
+  const uint32_t most = kMostBytes / cells.columns;
+  for (uint32_t left = cells.rows; left > 0; left -= cells.rows, in += cells.rows * cells.pitch) {
+    cells.rows = std::min(left, most);
+    const int16x8_t part = sum_of_cells<kAll>(cells, in, lanes);
+    sums.val[0] = vaddq_s32(sums.val[0], vmovlbq_s16(part));
+    sums.val[1] = vaddq_s32(sums.val[1], vmovltq_s16(part));
   }
-  const auto reciprocal = static_cast<int32_t>((uint32_t{1} << 31) / count + 1);
-  const int32x4_t floors = vmulhq_s32(vshlq_n_s32(sums, 1), vdupq_n_s32(reciprocal));
-  return vsubq_s32(floors, vshrq_n_s32(sums, 31));  // toward zero
+  return sums;
 }
+
+// Exact means of lanes of kBits: the sums plus half the count, divided by the count. With r =
+// floor(2^(kBits - 1) / count) + 1 the product with n is above n / count by less than
+// |n| / 2^(kBits - 1), which is less than 1 / count: up to kMostCells, or kMostOf16Bits.
+#define NNLIB_DIVIDE_LANES(kBits, Lanes)                                                    \
+  template <class Fold>                                                                     \
+  NNLIB_ALWAYS_INLINE Lanes divide_lanes(Lanes sums, uint32_t count) {                      \
+    const auto half = static_cast<int##kBits##_t>(count / 2);                               \
+    if constexpr (Fold::kHalvesAway) {                                                      \
+      const Lanes sign = vshrq_n_s##kBits(sums, kBits - 1);                                 \
+      sums = vaddq(sums, vsubq(veorq(vdupq_n_s##kBits(half), sign), sign));                 \
+    } else {                                                                                \
+      sums = vaddq(sums, half);                                                             \
+    }                                                                                       \
+    const uint32_t reciprocal = (uint32_t{1} << (kBits - 1)) / count + 1;                   \
+    const Lanes floors = vmulhq(vshlq_n_s##kBits(sums, 1),                                  \
+                                vdupq_n_s##kBits(static_cast<int##kBits##_t>(reciprocal))); \
+    return vsubq(floors, vshrq_n_s##kBits(sums, kBits - 1)); /* toward zero */              \
+  }
+NNLIB_DIVIDE_LANES(16, int16x8_t)
+NNLIB_DIVIDE_LANES(32, int32x4_t)
+#undef NNLIB_DIVIDE_LANES
 
 template <bool kAll, class Fold, class T, class Finish>
 NNLIB_ALWAYS_INLINE void pool_block(const PoolCells& cells, const T* in, uint32_t channels, T* out,
@@ -107,7 +116,12 @@ NNLIB_ALWAYS_INLINE void pool_block(const PoolCells& cells, const T* in, uint32_
     }
   } else {
     const mve_pred16_t lanes = vctp16q(channels);
-    const int32x4x2_t sums = sum_of_cells<kAll>(cells, in, lanes);
+    if (NNLIB_FOR_SPEED && cells.count() <= kMostOf16Bits && finish.is_exact()) {
+      const int16x8_t sums = sum_of_cells<kAll>(cells, in, lanes);
+      vstrbq_p_s16(reinterpret_cast<int8_t*>(out), divide_lanes<Fold>(sums, cells.count()), lanes);
+      return;
+    }
+    const int32x4x2_t sums = wide_sum_of_cells<kAll>(cells, in, lanes);
     if (finish.is_exact()) {
       const int32x4_t even = divide_lanes<Fold>(sums.val[0], cells.count());
       const int32x4_t odd = divide_lanes<Fold>(sums.val[1], cells.count());

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Tiles of one row by four columns of bytes, or of four rows by one column of 16-bit values, in
-// loops that the processor ends by itself, tails included.
+// Tiles of one row by four columns, or of four rows by one column of 16-bit values, in loops that
+// the processor ends by itself, tails included.
 
 // sums[i] += `shared` times `each[i]`, over `count` elements. GCC 12 makes no such loops. in: the
 // constraints of the pointers; loads that widen take low registers only.
@@ -166,14 +166,14 @@ class TileProduct<2, Rows> {
   uint32_t pitch_;
 };
 
-// All rows by up to four columns of bytes.
+// All rows by up to four columns.
 template <class Rows>
-class RowsByBytes {
+class RowsByFour {
   using Input = typename Rows::Input;
   using Output = typename Rows::Output;
 
  public:
-  RowsByBytes(const Rows& rows, Output* out) : rows_(rows), out_(out) {}
+  RowsByFour(const Rows& rows, Output* out) : rows_(rows), out_(out) {}
 
   void operator()(const ColumnsOf<Input>& columns, size_t pixel) const {
     multiply(columns.data(), columns.pixels(), pixel);
@@ -203,7 +203,11 @@ class RowsByBytes {
         values = vmlaq_n_s32(values, lanes_of(excess), -rows.zeropoint(row));
       }
       values = finish_lanes<Output>(channel, values);
-      vstrbq_scatter_offset_s32(reinterpret_cast<int8_t*>(out++), offsets, values);
+      if constexpr (sizeof(Output) == 2) {
+        vstrhq_scatter_shifted_offset_s32(out++, offsets, values);
+      } else {
+        vstrbq_scatter_offset_s32(reinterpret_cast<int8_t*>(out++), offsets, values);
+      }
     }
   }
 
@@ -218,18 +222,18 @@ constexpr bool kWholeMaps = sizeof(T) == 1;
 template <class Rows, class T>
 bool convolve_map(const Rows& rows, const ConvGeometry& g, const ColumnInputs<T>& inputs,
                   uint32_t columns, int16_t* scratch, typename Rows::Output* out) {
-  if constexpr (kWholeMaps<T>) {
-    const RowsByBytes<Rows> product(rows, out);
-    if (g.is_product()) {
-      for (uint32_t pixel = 0, left = g.pixels(); left > 0;) {
-        const uint32_t pixels = std::min(left, uint32_t{4});
-        product.multiply(inputs.data + size_t{pixel} * rows.length, pixels, pixel);
-        pixel += pixels;
-        left -= pixels;
-      }
-    } else {
-      for_columns(g, inputs, ColumnsOf<T>(scratch, rows.length, columns), product);
+  const RowsByFour<Rows> product(rows, out);
+  if (g.is_product()) {
+    for (uint32_t pixel = 0, left = g.pixels(); left > 0;) {
+      const uint32_t pixels = std::min(left, uint32_t{4});
+      product.multiply(inputs.data + size_t{pixel} * rows.length, pixels, pixel);
+      pixel += pixels;
+      left -= pixels;
     }
+    return true;
+  }
+  if constexpr (kWholeMaps<T>) {
+    for_columns(g, inputs, ColumnsOf<T>(scratch, rows.length, columns), product);
   }
   return kWholeMaps<T>;
 }
