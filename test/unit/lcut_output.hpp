@@ -35,9 +35,9 @@ inline std::string failed(const std::string& name, const std::string& function, 
 inline std::string summary(const std::string& suites, const std::string& failed_suites,
                            const std::string& cases, const std::string& failed_cases) {
   const std::string rule(57, '=');
-  const std::string verdict = failed_suites == "0"
-                                  ? std::string(17, ' ') + "\x1b[32mALL TESTS PASSED!\x1b[0m"
-                                  : std::string(19, ' ') + "\x1b[31mSOME TEST FAILED!\x1b[0m";
+  const char* verdict = failed_suites == "0"
+                            ? "                 \x1b[32mALL TESTS PASSED!\x1b[0m"
+                            : "                   \x1b[31mSOME TEST FAILED!\x1b[0m";
   return "\r\n\x1b[33mSummary:\x1b[0m\r\n\tTotal Suites: " + suites +
          " \r\n\tFailed Suites: " + failed_suites + " \r\n\tTotal Cases: " + cases +
          " \r\n\tFailed Cases: " + failed_cases + " \r\n\r\n" + rule + "\r\n" + verdict + "\r\n" +
