@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "core/core_convert.h"
 
-#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <type_traits>
 
 #include "kernels/arm_convert.h"
 #include "kernels/arm_shift.h"
+#include "kernels/map_elements.hpp"
 #include "kernels/round_quantized.hpp"
 #include "kernels/saturate.hpp"
-#include "kernels/vector.hpp"
 #include "layers/layer_tensors.hpp"
 #include "layers_quantized/quantized_types.hpp"
 
@@ -20,9 +19,7 @@ namespace {
 // The exponents of formats are far inside those of floats.
 void scale_by_power_of_two(float* values, int32_t exponent, ai_size count) {
   const float factor = std::bit_cast<float>(static_cast<uint32_t>(127 + exponent) << 23);
-  for (ai_size i = 0; i < count; ++i) {
-    values[i] *= factor;
-  }
+  map_elements(values, values, count, [=](float x) { return x * factor; });
 }
 
 void require_fixed() {
@@ -44,32 +41,18 @@ void float_to_fixed(float* in, const ai_tensor& output, ai_size count) {
   }
 }
 
-// Elements of a round of the loop; where there are vectors, the compiler's own choice is better.
-constexpr ai_size kRound = NNLIB_VECTOR_LANES == 1 && NNLIB_FOR_SPEED ? 8 : 1;
-
-template <class T, class Function>
-void quantize(const float* in, T* out, ai_size count, Function function) {
-  for (; kRound > 1 && count >= kRound; count -= kRound, in += kRound, out += kRound) {
-    NNLIB_UNROLL
-    for (ai_size i = 0; i < kRound; ++i) {
-      out[i] = function(in[i]);
-    }
-  }
-  std::transform(in, in + count, out, function);
-}
-
 void float_to_integer(const float* in, const ai_tensor& output, ai_size count) {
   const float scale = tensor_scale(output);
   const float zero_point = static_cast<float>(tensor_zeropoint(output));
   for_elements(ai_fmt_is_signed(ai_tensor_format(&output)), [&](auto element) {
     using T = decltype(element);
     if constexpr (std::is_signed_v<T>) {
-      quantize(in, tensor_data<T>(output), count,
-               [=](float x) { return saturate<T>(plus_half_away(x / scale + zero_point)); });
+      map_elements(in, tensor_data<T>(output), count,
+                   [=](float x) { return saturate<T>(plus_half_away(x / scale + zero_point)); });
     } else {
       const float offset = zero_point + 0.5f;
-      quantize(in, tensor_data<T>(output), count,
-               [=](float x) { return saturate<T>(x / scale + offset); });
+      map_elements(in, tensor_data<T>(output), count,
+                   [=](float x) { return saturate<T>(x / scale + offset); });
     }
   });
 }
@@ -91,10 +74,9 @@ void integer_to_float(const ai_tensor& input, float* out, ai_size count) {
   const float scale = tensor_scale(input);
   const int32_t zero_point = tensor_zeropoint(input);
   for_elements(ai_fmt_is_signed(ai_tensor_format(&input)), [&](auto element) {
-    const auto* in = tensor_data<decltype(element)>(input);
-    for (ai_size i = 0; i < count; ++i) {
-      out[i] = static_cast<float>(in[i] - zero_point) * scale;
-    }
+    using T = decltype(element);
+    map_elements(tensor_data<T>(input), out, count,
+                 [=](T x) { return static_cast<float>(x - zero_point) * scale; });
   });
 }
 

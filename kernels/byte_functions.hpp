@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "kernels/instruction_set.hpp"
+#include "kernels/map_elements.hpp"
 #include "kernels/vector.hpp"
 
 namespace nnlib {
@@ -20,16 +21,7 @@ namespace nnlib {
 template <class T>
 void look_up_bytes(const T* in, const T* table, uint32_t count, T* out) {
   table -= std::numeric_limits<T>::min();
-  constexpr uint32_t kRound = NNLIB_FOR_SPEED ? 4 : 1;
-  for (; count >= kRound; count -= kRound, in += kRound, out += kRound) {
-    NNLIB_UNROLL
-    for (uint32_t i = 0; i < kRound; ++i) {
-      out[i] = table[in[i]];
-    }
-  }
-  for (; kRound > 1 && count > 0; --count) {
-    *out++ = table[*in++];
-  }
+  map_elements(in, out, count, [table](T x) { return table[x]; });
 }
 
 }  // namespace nnlib

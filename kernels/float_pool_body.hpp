@@ -21,6 +21,18 @@ NNLIB_ALWAYS_INLINE V finish(V folded, float count) {
   }
 }
 
+// A single float as one: a compiler may take a copy of its bytes through integer registers.
+template <class V>
+NNLIB_ALWAYS_INLINE V load_cells(const float* from) {
+  if constexpr (std::is_same_v<V, float>) {
+    return *from;
+  } else {
+    V value;
+    std::memcpy(&value, from, sizeof(V));
+    return value;
+  }
+}
+
 // One pixel, for as many channels as Count values V have.
 template <Pooling kind, class V, size_t Count>
 NNLIB_ALWAYS_INLINE void pool_channels(const WindowCells& cells, float start, float count,
@@ -36,16 +48,18 @@ NNLIB_ALWAYS_INLINE void pool_channels(const WindowCells& cells, float start, fl
     for (uint32_t x = 0; x < cells.columns; ++x, cell += cells.channels) {
       NNLIB_UNROLL
       for (size_t i = 0; i < Count; ++i) {
-        V value;
-        std::memcpy(&value, cell + i * kStep, sizeof(V));
-        folded[i] = fold<kind>(folded[i], value);
+        folded[i] = fold<kind>(folded[i], load_cells<V>(cell + i * kStep));
       }
     }
   }
   NNLIB_UNROLL
   for (size_t i = 0; i < Count; ++i) {
     const V result = finish<kind>(folded[i], count);
-    std::memcpy(out + i * kStep, &result, sizeof(V));
+    if constexpr (std::is_same_v<V, float>) {
+      out[i] = result;
+    } else {
+      std::memcpy(out + i * kStep, &result, sizeof(V));
+    }
   }
 }
 
