@@ -110,6 +110,17 @@ NNLIB_ALWAYS_INLINE int32_t saturated_bits(int32_t value) {
   return saturated;
 }
 
+// Four bytes from pairs of 16-bit values, saturated.
+template <class Byte>
+NNLIB_ALWAYS_INLINE uint32_t saturated_bytes(uint32_t even, uint32_t odd) {
+  if constexpr (std::is_signed_v<Byte>) {
+    __asm__("ssat16 %0, #8, %0\n\tssat16 %1, #8, %1" : "+r"(even), "+r"(odd));
+  } else {
+    __asm__("usat16 %0, #8, %0\n\tusat16 %1, #8, %1" : "+r"(even), "+r"(odd));
+  }
+  return (even & 0x00ff00ff) | (odd & 0x00ff00ff) << 8;
+}
+
 // To the range of Output.
 template <class Output>
 NNLIB_ALWAYS_INLINE int32_t saturated(int32_t value) {
