@@ -5,14 +5,15 @@
 //   columns.hpp    Columns, what one or two output pixels see as 16-bit values; widen, which
 //                  loads and widens a run of values; column_sum
 //   finish.hpp     finish<Output>(channel, sum), an output from its sum
-//   products.hpp   TileProduct, a tile of weight rows by columns, multiplied, finished and stored;
-//                  convolve_map, a whole map by other means, or false; kWholeMaps<Input>, whether
-//                  that takes all maps
+//   products.hpp   TileProduct, a tile of kTileRows weight rows, or of kAllRows, by columns,
+//                  multiplied, finished and stored; convolve_map, a whole map by other means, or
+//                  false; kWholeMaps<Input>, whether that takes all maps
 //   depthwise.hpp, fixed_depthwise.hpp
 //                  depthwise_blocks: blocks of channels side by side, of a whole map; how many
 //                  channels that was
 //   pool.hpp       is_narrow, which windows pool_narrow pools by its own means
 //   add.hpp        add_exactly, add_rescaled: sums of runs of bytes
+//   bytes.hpp      raise_bytes, clip_bytes: runs of bytes between bounds
 //
 // Kernel bodies (vector.hpp) include the parts that they need as NNLIB_PART(columns): those of the
 // narrow instance's set, chosen here, or of kernels/avx2 in the wide one. A new instruction set is

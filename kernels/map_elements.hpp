@@ -21,8 +21,8 @@ void map_elements(const In* in, Out* out, uint32_t count, Function function) {
       out[i] = function(in[i]);
     }
   }
-  for (uint32_t i = 0; i < count; ++i) {
-    out[i] = function(in[i]);
+  for (const In* stop = in + count; in != stop; ++in, ++out) {
+    *out = function(*in);
   }
 }
 
