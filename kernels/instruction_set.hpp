@@ -13,7 +13,7 @@
 //                  channels that was
 //   pool.hpp       is_narrow, which windows pool_narrow pools by its own means
 //   add.hpp        add_exactly, add_rescaled: sums of runs of bytes
-//   bytes.hpp      raise_bytes, clip_bytes: runs of bytes between bounds
+//   bytes.hpp      raise_bytes, clip_bytes, look_up_bytes: functions of runs of bytes
 //
 // Kernel bodies (vector.hpp) include the parts that they need as NNLIB_PART(columns): those of the
 // narrow instance's set, chosen here, or of kernels/avx2 in the wide one. A new instruction set is

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Functions of four bytes at a time.
 
+#include "kernels/scalar/look_up.hpp"
+
 // function: of a word; the bytes behind the last whole word pass through a word as well.
 template <class T, class Function>
 NNLIB_ALWAYS_INLINE void map_words(const T* in, uint32_t count, T* out, const Function& function) {

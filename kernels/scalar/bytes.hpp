@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Functions of bytes one at a time, or in the compiler's vectors.
 
+#include "kernels/scalar/look_up.hpp"
+
 template <class T>
 void raise_bytes(const T* in, uint32_t count, T low, T* out) {
   for (uint32_t i = 0; i < count; ++i) {

@@ -10,6 +10,7 @@
 
 #include "kernels/ko_add.h"
 #include "kernels/ko_pool.h"
+#include "layers_quantized/layers_nl_quarn_integer.h"
 #include "layers_quantized/layers_pool_quarn_fixed.h"
 #include "test/unit/integer_data.hpp"
 
@@ -219,6 +220,46 @@ TEST(ByteAdd, OfAllPairsEqualsTheFormula) {
       check_sums<int8_t>(ko_int8_add, of, same);
     }
   }
+}
+
+// --- functions ------------------------------------------------------------------------------
+
+// Into another array and in place.
+template <class T, class Formula>
+void check_function(ai_nl_func function, const std::vector<T>& params, const Formula& formula) {
+  const ai_array_format format = std::is_signed_v<T> ? AI_ARRAY_FORMAT_S8 : AI_ARRAY_FORMAT_U8;
+  for (const uint32_t count : {0, 1, 3, 4, 7, 15, 16, 17, 31, 33, 256}) {
+    std::vector<T> in(count), want(count);
+    for (uint32_t i = 0; i < count; ++i) {
+      in[i] = static_cast<T>(7 * i + count);
+    }
+    std::transform(in.begin(), in.end(), want.begin(), formula);
+    Guarded<T> got(count), same(count);
+    std::copy(in.begin(), in.end(), same.data());
+    for (Guarded<T>* out : {&got, &same}) {
+      const ai_array from = {format, count, in.data(), out == &got ? in.data() : out->data()};
+      ai_array to = {format, count, out->data(), out->data()};
+      function(&to, &from, count, params.data());
+      ASSERT_EQ(*out == want, true) << count;
+    }
+  }
+}
+
+template <class T>
+void check_functions() {
+  const T low = static_cast<T>(-50), high = static_cast<T>(-9);
+  const auto table = random_vector<T>(256);
+  check_function<T>(nl_func_relu_array_integer, {low}, [=](T x) { return std::max(x, low); });
+  check_function<T>(nl_func_clip_array_integer, {low, high},
+                    [=](T x) { return std::min(std::max(x, low), high); });
+  check_function<T>(nl_func_array_integer, table, [&](T x) {
+    return table[static_cast<size_t>(x - std::numeric_limits<T>::min())];
+  });
+}
+
+TEST(ByteFunctions, AreTheFormulas) {
+  check_functions<uint8_t>();
+  check_functions<int8_t>();
 }
 
 }  // namespace

@@ -11,8 +11,6 @@
 #include "kernels/ko_convolve_HWC_reference.h"
 #include "kernels/ko_pool.h"
 #include "kernels/ko_requantize.h"
-#include "layers_quantized/layers_nl_quarn_fixed.h"
-#include "layers_quantized/layers_nl_quarn_integer.h"
 #include "layers_quantized/layers_pool_quarn_integer.h"
 #include "layers_quantized/layers_quarn_integer.h"
 #include "test/unit/integer_data.hpp"
@@ -209,37 +207,6 @@ void check_large_sums(Kernel kernel, T cell, int32_t step, float stretch) {
 TEST(IntegerPool, RoundsLargeSumsOnce) {
   check_large_sums<uint8_t>(ko_uint8_gloavepool, 255, -1, 65536.0f);
   check_large_sums<int8_t>(ko_int8_gloavepool, -128, 1, 131072.0f);
-}
-
-// --- functions ------------------------------------------------------------------------------
-
-TEST(IntegerFunctions, CompareByTheFormatsSign) {
-  uint8_t every[256], got[256], table[256];
-  for (int i = 0; i < 256; ++i) {
-    every[i] = static_cast<uint8_t>(i);
-    table[i] = static_cast<uint8_t>(i * 7 + 3);
-  }
-  for (bool is_signed : {false, true}) {
-    const ai_array_format format = is_signed ? AI_ARRAY_FORMAT_S8 : AI_ARRAY_FORMAT_U8;
-    const ai_array in = {format, 256, every, every};
-    ai_array out = {format, 256, got, got};
-    const auto value = [is_signed](int byte) {
-      return is_signed ? static_cast<int8_t>(byte) : byte;
-    };
-    const uint8_t limits[] = {0xF0, 0x7A};  // -16 and 122, or 240 and 122
-    nl_func_relu_array_integer(&out, &in, 256, limits);
-    for (int i = 0; i < 256; ++i) {
-      ASSERT_EQ(std::max<int>(value(i), value(0xF0)), value(got[i]));
-    }
-    nl_func_clip_array_integer(&out, &in, 256, limits);
-    for (int i = 0; i < 256; ++i) {
-      ASSERT_EQ(std::min<int>(std::max<int>(value(i), value(0xF0)), value(0x7A)), value(got[i]));
-    }
-    nl_func_array_integer(&out, &in, 255, table);
-    for (int i = 0; i < 255; ++i) {
-      ASSERT_EQ(table[is_signed ? (i + 128) % 256 : i], got[i]);
-    }
-  }
 }
 
 }  // namespace
