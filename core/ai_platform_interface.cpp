@@ -48,7 +48,7 @@ uint64_t buffer_elements(const ai_buffer& buffer) {
 }
 
 bool lacks_data(const ai_buffer& buffer) {
-  return buffer.data == nullptr && buffer_elements(buffer) != 0;
+  return buffer.data == nullptr && buffer.height != 0 && buffer.width != 0 && buffer.channels != 0;
 }
 
 // One side of the network's I/O: its list and the type of the errors that it raises.

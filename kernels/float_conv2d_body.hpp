@@ -12,7 +12,7 @@ inline bool rows_are_runs(const Conv2d& conv, bool weights_in_place) {
 }
 
 // (What reads weights in place has little stack, too.)
-constexpr size_t kMostRuns = kPacks ? 16 : 5;
+constexpr size_t kMostRuns = kPacks ? 16 : NNLIB_FOR_SPEED ? 5 : 3;
 
 // Depth k (tap row, tap column, input channel, in this order) from `first` on, of some columns
 // (output channels).

@@ -36,8 +36,8 @@ void product_columns(const Product& p, const Columns& columns, Tile tile, size_t
   }
 }
 
-// Any number of rows, tile by tile of columns and depth.
-inline void product_tiles(const Product& p) {
+// Any number of rows, tile by tile of columns and depth. A call of its own, for its stack.
+NNLIB_NOINLINE inline void product_tiles(const Product& p) {
   TileBuffer buffer;
   for (size_t column = 0; column < p.columns;) {
     const Columns columns = columns_from(column, p.columns);

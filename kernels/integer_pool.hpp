@@ -114,13 +114,17 @@ NNLIB_ALWAYS_INLINE void fold_lanes(Folded* folded, const T* cells, [[maybe_unus
   }
 }
 
-// One output pixel from a window that is not empty.
-template <class Fold, class Folded, class T, class Finish>
+// Channels side by side; without vectors what stays in registers.
+template <class Folded>
+constexpr uint32_t kPoolLanes = NNLIB_VECTOR_LANES > 1 ? 64
+                                : sizeof(Folded) > 4   ? 1
+                                                       : 4;
+
+// One output pixel, from `channel` on, of a window that is not empty.
+template <class Fold, class Folded, uint32_t kLanes, class T, class Finish>
 void pool_window(const PoolGeometry& g, const Window& rows, const Window& columns, const T* in,
-                 T* out, Finish finish) {
+                 T* out, Finish finish, uint32_t channel = 0) {
   constexpr bool kVectors = NNLIB_VECTOR_LANES > 1;
-  // Without vectors what stays in registers.
-  constexpr uint32_t kLanes = kVectors ? 64 : sizeof(Folded) > 4 ? 1 : 4;
   const uint32_t channels = g.channels;
   const size_t row_pitch = size_t{g.in_width} * channels;
   const uint32_t count = rows.count * columns.count;
@@ -136,12 +140,15 @@ void pool_window(const PoolGeometry& g, const Window& rows, const Window& column
         fold_lanes<Fold>(folded, cells, lanes);
       }
     }
+    if constexpr (kLanes == 1) {
+      out[first] = finish(folded[0], count);
+      return;
+    }
     for (uint32_t i = 0; i < lanes; ++i) {
       finished[i] = finish(folded[i], count);
     }
     std::copy_n(finished, uint32_t{lanes}, out + first);
   };
-  uint32_t channel = 0;
   for (; channel + kLanes <= channels; channel += kLanes) {
     pool_lanes(channel, std::integral_constant<uint32_t, kLanes>());
   }
@@ -166,6 +173,7 @@ struct ExactPool {
   }
 };
 
+// pool_narrow pools a window for which is_narrow holds; returns how many channels that was.
 #define NNLIB_SET NNLIB_NARROW_SET
 #include NNLIB_PART(pool)
 #undef NNLIB_SET
@@ -181,10 +189,16 @@ void integer_pool(const PoolGeometry& g, const T* in, T* out, T outside, const F
       const Window columns = g.columns(x);
       if (rows.empty() || columns.empty()) {
         std::fill_n(out, g.channels, outside);
-      } else if (is_narrow<Fold, T>(rows, columns)) {
-        pool_narrow<Fold>(g, rows, columns, in, out, finish);
-      } else {
-        pool_window<Fold, typename Fold::template Wide<T>>(g, rows, columns, in, out, finish);
+        continue;
+      }
+      uint32_t done = 0;
+      if (is_narrow<Fold, T>(rows, columns)) {
+        done = pool_narrow<Fold>(g, rows, columns, in, out, finish);
+      }
+      if (done < g.channels) {
+        constexpr uint32_t kLanes = NNLIB_VECTOR_LANES > 1 ? kPoolLanes<T> : 1;
+        using Wide = typename Fold::template Wide<T>;
+        pool_window<Fold, Wide, kLanes>(g, rows, columns, in, out, finish, done);
       }
     }
   }

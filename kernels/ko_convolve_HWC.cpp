@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/ko_convolve_HWC.h"
 
-#include <algorithm>
-
 #include "kernels/integer_convolution.hpp"
 #include "kernels/row_products.hpp"
 
@@ -15,8 +13,11 @@ int32_t* corrected_biases(const IntegerConvolution& c) {
 }
 
 bool right_shifts(const KoQuantization& q, uint32_t channels) {
-  const auto* end = q.shift + (q.of_channels() ? channels : 1);
-  return std::all_of(q.shift, end, [](int16_t s) { return s > 0 && s < 256; });
+  uint32_t left = q.of_channels() ? channels : 1;
+  for (const int16_t* s = q.shift; left > 0 && *s > 0 && *s < 256; ++s) {
+    --left;
+  }
+  return left == 0;
 }
 
 }  // namespace

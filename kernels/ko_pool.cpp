@@ -22,50 +22,65 @@ struct Average : IntegerSum<false> {
   }
 };
 
-// Outputs of another quantization than the inputs have.
-template <class Pooling, class T>
-struct RescaledPool {
-  explicit RescaledPool(const PoolQuantization& q)
+// From one quantization to another.
+template <class T>
+struct Rescaling {
+  NNLIB_CALL_FOR_SIZE explicit Rescaling(const PoolQuantization& q)
       : ratio(q.in_scale / q.out_scale),
         in_zeropoint(static_cast<T>(q.in_zeropoint)),
-        out_zeropoint(static_cast<T>(q.out_zeropoint)) {}
+        out_zeropoint(static_cast<T>(q.out_zeropoint)),
+        exact(q.in_scale == q.out_scale && in_zeropoint == out_zeropoint) {}
+
+  float ratio, in_zeropoint, out_zeropoint;
+  bool exact;  // they are the same
+};
+
+// Outputs of another quantization than the inputs have.
+template <class Pooling, class T>
+struct RescaledPool : Rescaling<T> {
+  using Rescaling<T>::Rescaling;
 
   static constexpr bool is_exact() { return false; }
   template <class Folded>
   T operator()(Folded folded, uint32_t count) const {
     const float m = Pooling::template real<T>(folded, count);
-    return round_quantized<T>((m - in_zeropoint) * ratio + out_zeropoint);
+    return round_quantized<T>((m - this->in_zeropoint) * this->ratio + this->out_zeropoint);
   }
-
-  float ratio, in_zeropoint, out_zeropoint;
 };
+
+// Of so many cells a sum fits 32 bits, with half their number.
+constexpr uint32_t kMostNarrow = 65535;
 
 // One or the other, for all the folding only once.
 template <class Pooling, class T>
-struct EitherPool {
-  bool is_exact() const { return exact; }
-  template <class Folded>
-  NNLIB_INLINE_FOR_SPEED T operator()(Folded folded, uint32_t count) const {
-    return exact ? ExactPool<Pooling, T>()(folded, count) : rescaled(folded, count);
-  }
+struct EitherPool : RescaledPool<Pooling, T> {
+  using RescaledPool<Pooling, T>::RescaledPool;
 
-  bool exact;
-  RescaledPool<Pooling, T> rescaled;
+  bool is_exact() const { return this->exact; }
+  template <class Folded>
+  NNLIB_CALL_FOR_SIZE T operator()(Folded folded, uint32_t count) const {
+    if constexpr (sizeof(Folded) > 4) {
+      if (count <= kMostNarrow) {
+        return (*this)(static_cast<int32_t>(folded), count);
+      }
+    }
+    return this->exact ? ExactPool<Pooling, T>()(folded, count)
+                       : RescaledPool<Pooling, T>::operator()(folded, count);
+  }
 };
 
 template <class Pooling, class T>
 void pool(const PoolGeometry& g, const T* in, T* out, const PoolQuantization& q) {
   const T outside = static_cast<T>(q.out_zeropoint);
-  const RescaledPool<Pooling, T> rescaled(q);
-  const bool exact = q.in_scale == q.out_scale && rescaled.in_zeropoint == rescaled.out_zeropoint;
 #if NNLIB_VECTOR_LANES > 1
-  if (exact) {
+  const RescaledPool<Pooling, T> rescaled(q);
+  if (rescaled.exact) {
     integer_pool<Pooling>(g, in, out, outside, ExactPool<Pooling, T>());
   } else {
     integer_pool<Pooling>(g, in, out, outside, rescaled);
   }
 #else
-  integer_pool<Pooling>(g, in, out, outside, EitherPool<Pooling, T>{exact, rescaled});
+  integer_pool<Pooling>(g, in, out, outside, EitherPool<Pooling, T>(q));
 #endif
 }
 

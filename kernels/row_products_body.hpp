@@ -65,7 +65,7 @@ void convolve(const Rows& rows, const ConvGeometry& g, const typename Rows::Inpu
   if (!convolve_map(rows, g, inputs, columns, scratch, out)) {
     if constexpr (!kWholeMaps<typename Rows::Input>) {
       const WholeRows<Rows> product = {rows, out};
-      if (g.is_product()) {
+      if (NNLIB_FOR_SPEED && g.is_product()) {
         for_pixel_columns(g.pixels(), rows.length, in, Columns(scratch, rows.length, columns),
                           product);
       } else {

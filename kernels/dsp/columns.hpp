@@ -44,7 +44,7 @@ constexpr size_t kMostCollected = 80;  // bytes of one: 5x5 with 3 channels
 
 class Columns {
  public:
-  static constexpr uint32_t kLooseStep = 4;
+  static constexpr uint32_t kLooseStep = NNLIB_FOR_SPEED ? 4 : 1;
 
   // Two columns are read in double words, and their rows in words.
   Columns(int16_t* scratch, uint32_t length, uint32_t most)
@@ -97,7 +97,7 @@ class Columns {
  private:
   template <class T>
   bool collects() const {
-    return length_ % 4 != 0 && length_ * sizeof(T) <= kMostCollected;
+    return NNLIB_FOR_SPEED && length_ % 4 != 0 && length_ * sizeof(T) <= kMostCollected;
   }
   template <class T>
   __attribute__((noinline)) void interleave_collected() const {

@@ -150,26 +150,28 @@ __attribute__((noinline)) uint32_t pool_words(const PoolCells& of, const T* in, 
 }
 
 template <class Fold, class T, class Finish>
-void pool_narrow(const PoolGeometry& g, const Window& rows, const Window& columns, const T* in,
-                 T* out, const Finish& finish) {
+uint32_t pool_narrow(const PoolGeometry& g, const Window& rows, const Window& columns, const T* in,
+                     T* out, const Finish& finish) {
   if constexpr (!kIsMax<Fold> && sizeof(T) != 1) {
-    pool_window<Fold, typename Fold::template Narrow<T>>(g, rows, columns, in, out, finish);
+    using Folded = typename Fold::template Narrow<T>;
+    pool_window<Fold, Folded, kPoolLanes<Folded>>(g, rows, columns, in, out, finish);
+    return g.channels;
   } else {
     const size_t step = g.channels;
     const uint32_t count = rows.count * columns.count;
     const PoolCells cells = {step, step * g.in_width, rows.count, columns.count,
                              count <= kMostBytes ? rows.count : kMostBytes / columns.count};
     in += rows.begin * cells.pitch + columns.begin * step;
-    uint32_t channel = 0;
     if constexpr (!NNLIB_FOR_SPEED) {
-      channel = pool_words<Fold, 0>(cells, in, out, finish);
+      return pool_words<Fold, 0>(cells, in, out, finish);
     } else {
-      channel = columns.count == 2   ? pool_words<Fold, 2>(cells, in, out, finish)
-                : columns.count == 3 ? pool_words<Fold, 3>(cells, in, out, finish)
-                                     : pool_words<Fold, 0>(cells, in, out, finish);
-    }
-    if (channel < g.channels) {
-      pool_word<Fold, false, 0>(cells, in + channel, g.channels - channel, out + channel, finish);
+      const uint32_t channel = columns.count == 2   ? pool_words<Fold, 2>(cells, in, out, finish)
+                               : columns.count == 3 ? pool_words<Fold, 3>(cells, in, out, finish)
+                                                    : pool_words<Fold, 0>(cells, in, out, finish);
+      if (channel < g.channels) {
+        pool_word<Fold, false, 0>(cells, in + channel, g.channels - channel, out + channel, finish);
+      }
+      return g.channels;
     }
   }
 }

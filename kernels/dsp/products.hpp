@@ -35,6 +35,13 @@ constexpr uint32_t kTileRows = kPixels == 2 ? kAllRows : 4;
       [w0] "+r"(w0), [w1] "+r"(w1), [column] "+r"(column), [s0] "+r"(s[0]), [s1] "+r"(s[1]),  \
       [s2] "+r"(s[2]), [s3] "+r"(s[3])
 
+// So many in a round of their loop.
+#if NNLIB_FOR_SPEED
+#define NNLIB_GROUPS(Weight) NNLIB_GROUP(Weight) NNLIB_GROUP(Weight)
+#else
+#define NNLIB_GROUPS(Weight) NNLIB_GROUP(Weight)
+#endif
+
 #define NNLIB_TILES(Weight)                                                                        \
   /* sums: row 0 with both columns, row 1 with both */                                             \
   NNLIB_ALWAYS_INLINE void add_group(const Weight*& w0, const Weight*& w1, const int16_t*& column, \
@@ -42,12 +49,11 @@ constexpr uint32_t kTileRows = kPixels == 2 ? kAllRows : 4;
     uint32_t a, b, x0, y0, x1, y1;                                                                 \
     __asm__(NNLIB_GROUP(Weight) : NNLIB_GROUP_OPERANDS : : "memory");                              \
   }                                                                                                \
-  /* The same of an even number of groups, up to `stop`, for which no register is left. */         \
+  /* The same of whole rounds of groups, up to `stop`, for which no register is left. */           \
   NNLIB_ALWAYS_INLINE void add_groups(const Weight*& w0, const Weight*& w1, const int16_t* column, \
                                       const int16_t* const& stop, int32_t(&s)[4]) {                \
     uint32_t a, b, x0, y0, x1, y1;                                                                 \
-    __asm__("1:\n\t" NNLIB_GROUP(Weight)                                                           \
-                NNLIB_GROUP(Weight) "ldr %[a], %[stop]\n\tcmp %[column], %[a]\n\tbne 1b"           \
+    __asm__("1:\n\t" NNLIB_GROUPS(Weight) "ldr %[a], %[stop]\n\tcmp %[column], %[a]\n\tbne 1b"     \
             : NNLIB_GROUP_OPERANDS                                                                 \
             : [stop] "m"(stop)                                                                     \
             : "cc", "memory");                                                                     \
@@ -78,6 +84,7 @@ NNLIB_TILES(uint8_t)
 NNLIB_TILES(int16_t)
 #undef NNLIB_TILES
 #undef NNLIB_GROUP_OPERANDS
+#undef NNLIB_GROUPS
 #undef NNLIB_GROUP
 #undef NNLIB_MULTIPLY
 #undef NNLIB_TAKE_int16_t
@@ -106,6 +113,17 @@ class ColumnPair {
   NNLIB_ALWAYS_INLINE const Weight* add_rows(const Weight* w0, const Weight* w1,
                                              int32_t (&sums)[4]) const {
     const int16_t* column = data_;
+    if (!NNLIB_FOR_SPEED) {
+      if (head_repeats_ != 0) {
+        column = head_;
+        add_group(w0, w1, column, sums);
+        w0 -= head_repeats_;
+        w1 -= head_repeats_;
+        column = data_;
+      }
+      add_groups(w0, w1, column, stop_, sums);
+      return w1;
+    }
     if (!plain_) {
       if (head_repeats_ != 0) {
         column = head_;
@@ -176,6 +194,44 @@ class TileProduct<2, Rows> {
   }
 
   NNLIB_ALWAYS_INLINE void operator()(Output* out) const {
+    if constexpr (NNLIB_FOR_SPEED) {
+      multiply_pairs(out);
+    } else {
+      multiply_any(out);
+    }
+  }
+
+ private:
+  // One loop for the last row, too, which is a pair with itself, and for all shifts.
+  NNLIB_ALWAYS_INLINE void multiply_any(Output* out) const {
+    const Weight* weights = rows_.weights;
+    for (uint32_t row = 0; row < rows_.count; row += 2) {
+      const bool both = row + 1 < rows_.count;
+      int32_t sums[4];
+      start(row, sums[0], sums[1]);
+      start(row + both, sums[2], sums[3]);
+      weights = pair_.add_rows(weights, both ? weights + rows_.length : weights, sums);
+      if (both && finishes_pairs(rows_)) {
+        finish_pair(rows_, row, sums, out);
+      } else {
+        finish_singly(given_, row, both, {{sums[0], sums[1], sums[2], sums[3]}}, out);
+        out += 2;
+      }
+    }
+  }
+  struct Sums {
+    int32_t of[4];
+  };
+  static __attribute__((noinline)) void finish_singly(const Rows& rows, uint32_t row, bool both,
+                                                      Sums sums, Output* out) {
+    for (uint32_t r = 0; r <= both; ++r) {
+      for (uint32_t p = 0; p < 2; ++p) {
+        out[r + p * rows.count] = finish_sum<Output>(rows.channel(row + r), sums.of[2 * r + p]);
+      }
+    }
+  }
+
+  NNLIB_ALWAYS_INLINE void multiply_pairs(Output* out) const {
     const uint32_t count = rows_.count;
     uint32_t row = 0;
     if (finishes_pairs(rows_) && count > 1) {
@@ -194,8 +250,6 @@ class TileProduct<2, Rows> {
       multiply_singly(given_, columns_, row, out);
     }
   }
-
- private:
   static __attribute__((noinline)) void multiply_singly(const Rows& rows, const Columns& columns,
                                                         uint32_t row, Output* out) {
     const TileProduct product(rows, columns);

@@ -136,8 +136,8 @@ NNLIB_ALWAYS_INLINE void pool_block(const PoolCells& cells, const T* in, uint32_
 }
 
 template <class Fold, class T, class Finish>
-void pool_narrow(const PoolGeometry& g, const Window& rows, const Window& columns, const T* in,
-                 T* out, const Finish& finish) {
+uint32_t pool_narrow(const PoolGeometry& g, const Window& rows, const Window& columns, const T* in,
+                     T* out, const Finish& finish) {
   constexpr uint32_t kLanes = std::is_base_of_v<IntegerMax, Fold> ? 16 / sizeof(T) : 8;
   const size_t step = g.channels;
   const PoolCells cells = {step, step * g.in_width, rows.count, columns.count};
@@ -149,4 +149,5 @@ void pool_narrow(const PoolGeometry& g, const Window& rows, const Window& column
   for (; left > 0; left -= std::min(left, kLanes), in += kLanes, out += kLanes) {
     pool_block<false, Fold>(cells, in, std::min(left, kLanes), out, finish);
   }
+  return g.channels;
 }

@@ -8,8 +8,10 @@ NNLIB_ALWAYS_INLINE constexpr bool is_narrow(const Window& rows, const Window& c
 }
 
 template <class Fold, class T, class Finish>
-NNLIB_ALWAYS_INLINE void pool_narrow(const PoolGeometry& g, const Window& rows,
-                                     const Window& columns, const T* in, T* out,
-                                     const Finish& finish) {
-  pool_window<Fold, typename Fold::template Narrow<T>>(g, rows, columns, in, out, finish);
+NNLIB_ALWAYS_INLINE uint32_t pool_narrow(const PoolGeometry& g, const Window& rows,
+                                         const Window& columns, const T* in, T* out,
+                                         const Finish& finish) {
+  using Folded = typename Fold::template Narrow<T>;
+  pool_window<Fold, Folded, kPoolLanes<Folded>>(g, rows, columns, in, out, finish);
+  return g.channels;
 }
