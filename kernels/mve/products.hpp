@@ -166,6 +166,16 @@ class TileProduct<2, Rows> {
   uint32_t pitch_;
 };
 
+// Stores an output of each of four pixels, `offsets` elements from `out`.
+template <class Output>
+NNLIB_ALWAYS_INLINE void store_pixels(Output* out, uint32x4_t offsets, int32x4_t values) {
+  if constexpr (sizeof(Output) == 2) {
+    vstrhq_scatter_shifted_offset_s32(out, offsets, values);
+  } else {
+    vstrbq_scatter_offset_s32(reinterpret_cast<int8_t*>(out), offsets, values);
+  }
+}
+
 // All rows by up to four columns.
 template <class Rows>
 class RowsByFour {
@@ -203,11 +213,7 @@ class RowsByFour {
         values = vmlaq_n_s32(values, lanes_of(excess), -rows.zeropoint(row));
       }
       values = finish_lanes<Output>(channel, values);
-      if constexpr (sizeof(Output) == 2) {
-        vstrhq_scatter_shifted_offset_s32(out++, offsets, values);
-      } else {
-        vstrbq_scatter_offset_s32(reinterpret_cast<int8_t*>(out++), offsets, values);
-      }
+      store_pixels(out++, offsets, values);
     }
   }
 
@@ -215,6 +221,55 @@ class RowsByFour {
   const Rows& rows_;
   Output* out_;
 };
+
+// A row by fours of columns one behind the other; finish makes outputs of sums.
+template <class Rows, class Finish>
+NNLIB_ALWAYS_INLINE void multiply_row(const typename Rows::Weight* weights, uint32_t length,
+                                      const typename Rows::Input* in, uint32_t fours,
+                                      uint32_t count, typename Rows::Output* out,
+                                      const Finish& finish) {
+  const uint32x4_t offsets = vmulq_n_u32(vidupq_n_u32(0, 1), count);
+  for (; fours > 0; --fours, in += 4 * size_t{length}, out += 4 * size_t{count}) {
+    const auto* second = in + length;
+    const auto* third = second + length;
+    const typename Rows::Input* const columns[4] = {in, second, third, third + length};
+    int32_t sums[4] = {};
+    dot_four(weights, columns, length, sums);
+    store_pixels(out, offsets, finish(lanes_of(sums)));
+  }
+}
+
+// All rows by columns one behind the other, a row after the other: what a row takes stays in
+// registers. Returns how many columns are done.
+template <class Rows>
+NNLIB_NOINLINE uint32_t multiply_fours(const Rows& of, const typename Rows::Input* in,
+                                       uint32_t pixels, typename Rows::Output* out) {
+  using Output = typename Rows::Output;
+  const Rows rows = of;
+  const auto* weights = rows.weights;
+  for (uint32_t row = 0; row < rows.count; ++row, weights += rows.length, ++out) {
+    const auto channel = rows.channel(row);
+    const auto multiply = [&](const auto& finish) __attribute__((always_inline)) {
+      multiply_row<Rows>(weights, rows.length, in, pixels / 4, rows.count, out, finish);
+    };
+    if constexpr (std::is_same_v<typename Rows::Channel, RequantizedChannel>) {
+      if (channel.shift > 0) {
+        const int32x4_t multipliers = vdupq_n_s32(channel.multiplier);
+        const int32_t minus_shift = -dsp::saturated_bits<6>(channel.shift);
+        multiply([ =, start = channel.start,
+                   zeropoint = channel.zeropoint ](int32x4_t sums) __attribute__((always_inline)) {
+          sums = vmulhq_s32(vshlq_n_s32(vaddq_n_s32(sums, start), 1), multipliers);
+          return saturated_lanes<Output>(vaddq_n_s32(vrshlq_n_s32(sums, minus_shift), zeropoint));
+        });
+        continue;
+      }
+    }
+    multiply([=](int32x4_t sums) __attribute__((always_inline)) {
+      return finish_lanes<Output>(channel, vaddq_n_s32(sums, channel.start));
+    });
+  }
+  return pixels & ~3u;
+}
 
 template <class T>
 constexpr bool kWholeMaps = sizeof(T) == 1;
@@ -224,11 +279,14 @@ bool convolve_map(const Rows& rows, const ConvGeometry& g, const ColumnInputs<T>
                   uint32_t columns, int16_t* scratch, typename Rows::Output* out) {
   const RowsByFour<Rows> product(rows, out);
   if (g.is_product()) {
-    for (uint32_t pixel = 0, left = g.pixels(); left > 0;) {
-      const uint32_t pixels = std::min(left, uint32_t{4});
+    uint32_t pixel = 0;
+    if constexpr (NNLIB_FOR_SPEED && !Rows::kWeightZeropoint) {
+      pixel = multiply_fours(rows, inputs.data, g.pixels(), out);
+    }
+    while (pixel < g.pixels()) {
+      const uint32_t pixels = std::min(g.pixels() - pixel, uint32_t{4});
       product.multiply(inputs.data + size_t{pixel} * rows.length, pixels, pixel);
       pixel += pixels;
-      left -= pixels;
     }
     return true;
   }
