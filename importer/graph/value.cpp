@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <type_traits>
+
+#include "importer/graph/refusals.hpp"
 
 namespace nnlib::importer {
 namespace {
@@ -29,7 +32,14 @@ template <class To, class From>
 std::vector<To> converted(const Value& value) {
   const auto from = value.as<From>();
   std::vector<To> to(from.size());
-  std::transform(from.begin(), from.end(), to.begin(), [](From x) { return static_cast<To>(x); });
+  std::transform(from.begin(), from.end(), to.begin(), [&](From x) {
+    if constexpr (std::is_integral_v<To> && std::is_floating_point_v<From>) {
+      if (!(x >= -0x1p63 && x < 0x1p63)) {  // nor is it one when not a number
+        throw Refused("'" + value.name + "' holds " + std::to_string(x) + ", which is no integer");
+      }
+    }
+    return static_cast<To>(x);
+  });
   return to;
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <onnx/onnx_pb.h>
 
+#include <cmath>
 #include <random>
 
 #include "importer/graph/refusals.hpp"
@@ -156,6 +157,15 @@ TEST(OnnxReader, EquationsOfEinsumAreLookedThrough) {
   for (const char* wrong : {"", "abc", "ab,cd->a", "abc,cd->e", "abc,cd->aa", "abc,cd,e->a",
                             "aba,cd->a", "abc,bd->a", "a......,cd->a", "abc,cd-"}) {
     EXPECT_FALSE(taken(wrong)) << wrong;
+  }
+}
+
+TEST(OnnxReader, IntegersThatAreNoNumbersAreRefused) {
+  for (const float zero_point : {NAN, HUGE_VALF, -1e19F}) {
+    ModelFile file;
+    file.input("x", {2}).output("y").floats("s", {}, {0.5F}).floats("z", {}, {zero_point});
+    file.node("QuantizeLinear", {"x", "s", "z"}, "y");
+    EXPECT_NE(refusal_of(file.bytes()).find("which is no integer"), std::string::npos);
   }
 }
 
