@@ -23,6 +23,23 @@ void check_shape(LayerCheck& check, TensorName name, const ai_tensor& tensor) {
   }
 }
 
+// Rows may lie further apart than they are long.
+void check_pitch(LayerCheck& check, TensorName name, const ai_tensor& tensor) {
+  const uint32_t* sizes = tensor.shape.data;
+  const uint64_t row = run_bytes(tensor.data->format, sizes[0]);
+  const uint64_t rows = product(product(sizes[1], sizes[2]), sizes[3]);
+  const uint32_t pitch = tensor.stride.data[1];
+  if (pitch <= row || rows < 2) {
+    return;
+  }
+  const uint64_t bytes = run_bytes(tensor.data->format, tensor.data->size);
+  const uint64_t before_last = product(rows - 1, pitch);
+  if (before_last > bytes || row > bytes - before_last) {
+    Finding(check.report()) << name << " has an array of " << bytes << " bytes, its dimensions "
+                            << dims_of(tensor) << " and strides take " << before_last + row;
+  }
+}
+
 // The strides that the format and the dimensions give; those of rows may be larger.
 void check_strides(LayerCheck& check, TensorName name, const ai_tensor& tensor, bool free_pitch) {
   const ai_stride& stride = tensor.stride;
@@ -50,6 +67,8 @@ void check_strides(LayerCheck& check, TensorName name, const ai_tensor& tensor, 
   if (!fits) {
     Finding(check.report()) << name << " has the strides " << actual << ", " << needed
                             << " are needed";
+  } else if (free_pitch) {
+    check_pitch(check, name, tensor);
   }
 }
 
