@@ -86,10 +86,20 @@ Direction random_direction(Random& random) {
   return d;
 }
 
+// As many outputs as inputs, the pads before, behind or around.
+Direction same_size(Random& random) {
+  Direction d = random_direction(random);
+  d.stride = 1;
+  const uint32_t pads = d.extent() - 1;
+  d.pad_before = random.pick({0, pads / 2, pads});
+  d.pad_after = pads - d.pad_before;
+  return d;
+}
+
 Shape random_shape(Random& random) {
   Shape s = {boundary_size(random),    boundary_size(random),   1, random.below(4) != 0, false,
              random_direction(random), random_direction(random)};
-  switch (random.below(4)) {
+  switch (random.below(5)) {
     case 0:
       s.groups = random.pick({2, 3, 5});
       s.channels = s.groups * random.pick({1, 2, 3, 5, 8});
@@ -101,6 +111,10 @@ Shape random_shape(Random& random) {
       break;
     case 2:
       s.channels = random.pick({s.channels, s.channels, 129, 150});  // more than a tile is deep
+      break;
+    case 3:
+      s.x = same_size(random);
+      s.y = same_size(random);
       break;
     default:  // pointwise: rows may run into one another
       s.x = {s.x.in, 1, 1, 1, s.x.pad_before % 2, s.x.pad_after % 3};

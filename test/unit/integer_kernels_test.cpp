@@ -227,6 +227,11 @@ Scratch rubbish(size_t bytes) {
       p.shape.pad_y, p.shape.stride_x, p.shape.stride_y, p.biases(), p.multiplier.data(),  \
       p.shift.data(), ZEROPOINTS_##types(p), out, p.shape.out_width, p.shape.out_height
 
+// Of kernels that have nothing to refuse.
+void succeeds(int32_t status) {
+  EXPECT_EQ(status, 0);
+}
+
 // The kernels of one form under names that a test can use for all of them.
 #define FORM(types, suffix)                                                                        \
   struct Form_##types##suffix {                                                                    \
@@ -236,27 +241,28 @@ Scratch rubbish(size_t bytes) {
     static constexpr bool kChannels = sizeof(#suffix) > 1;                                         \
     static constexpr bool kAsymmetric = std::is_unsigned_v<Weight>;                                \
     static void reference(const Data& p, Activation* out) {                                        \
-      ko_##types##_convolve_HWC_reference##suffix(CONVOLUTION(types, p));                          \
+      succeeds(ko_##types##_convolve_HWC_reference##suffix(CONVOLUTION(types, p)));                \
     }                                                                                              \
     static void rank1upd(const Data& p, void* scratch) {                                           \
-      ko_##types##_convolve_HWC_basic_rank1upd##suffix(                                            \
+      succeeds(ko_##types##_convolve_HWC_basic_rank1upd##suffix(                                   \
           p.shape.in_channels, p.weights.data(), p.shape.out_channels, p.shape.kernel_width,       \
-          p.shape.kernel_height, p.biases(), p.in_zeropoint, scratch);                             \
+          p.shape.kernel_height, p.biases(), p.in_zeropoint, scratch));                            \
     }                                                                                              \
     static void basic(const Data& p, Activation* out, void* scratch) {                             \
       rank1upd(p, scratch);                                                                        \
-      ko_##types##_convolve_HWC_basic_nonsquare##suffix(CONVOLUTION(types, p), scratch);           \
+      succeeds(ko_##types##_convolve_HWC_basic_nonsquare##suffix(CONVOLUTION(types, p), scratch)); \
     }                                                                                              \
     static void rgb(const Data& p, Activation* out, void* scratch) {                               \
       rank1upd(p, scratch);                                                                        \
-      ko_##types##_convolve_HWC_RGB##suffix(                                                       \
+      succeeds(ko_##types##_convolve_HWC_RGB##suffix(                                              \
           p.in.data(), p.shape.in_width, p.shape.in_channels, p.weights.data(),                    \
           p.shape.out_channels, p.shape.kernel_width, p.shape.pad_x, p.shape.stride_x, p.biases(), \
           p.multiplier.data(), p.shift.data(), ZEROPOINTS_##types(p), out, p.shape.out_width,      \
-          scratch);                                                                                \
+          scratch));                                                                               \
     }                                                                                              \
     static void fast_1x1(const Data& p, Activation* out, void* scratch) {                          \
-      ko_##types##_convolve_1x1_HWC_fast_nonsquare##suffix(CONVOLUTION(types, p), scratch);        \
+      succeeds(                                                                                    \
+          ko_##types##_convolve_1x1_HWC_fast_nonsquare##suffix(CONVOLUTION(types, p), scratch));   \
     }                                                                                              \
     static Activation* mat_mult(const Data& p, Activation* out, int16_t* columns) {                \
       return ko_##types##_nn_mat_mult_kernel##suffix(                                              \
@@ -271,16 +277,17 @@ Scratch rubbish(size_t bytes) {
           ZEROPOINTS_##types(p), out);                                                             \
     }                                                                                              \
     static void depthwise(const Data& p, Activation* out, void* scratch) {                         \
-      ko_##types##_DW_HWC_Wadapt##suffix(p.weights.data(), p.shape.in_channels,                    \
-                                         p.shape.kernel_width, p.shape.kernel_height,              \
-                                         WEIGHT_ZEROPOINT_##types(p) scratch);                     \
-      ko_##types##_depthwise_separable_conv_HWC_nonsquare##suffix(CONVOLUTION(types, p), scratch); \
+      succeeds(ko_##types##_DW_HWC_Wadapt##suffix(p.weights.data(), p.shape.in_channels,           \
+                                                  p.shape.kernel_width, p.shape.kernel_height,     \
+                                                  WEIGHT_ZEROPOINT_##types(p) scratch));           \
+      succeeds(ko_##types##_depthwise_separable_conv_HWC_nonsquare##suffix(CONVOLUTION(types, p),  \
+                                                                           scratch));              \
     }                                                                                              \
     static void dense(const Data& p, Activation* out, void* scratch) {                             \
-      ko_##types##_fully_connected##suffix(                                                        \
+      succeeds(ko_##types##_fully_connected##suffix(                                               \
           p.in.data(), p.weights.data(), static_cast<uint16_t>(p.shape.column()),                  \
           p.shape.out_channels, p.multiplier.data(), p.shift.data(), ZEROPOINTS_##types(p),        \
-          p.biases(), out, scratch);                                                               \
+          p.biases(), out, scratch));                                                              \
     }                                                                                              \
   };
 KO_FORMS(FORM)
