@@ -52,7 +52,7 @@ NNLIB_ALWAYS_INLINE void gather_column(const ConvGeometry& g, const ColumnInputs
 // As for_columns, of columns that are the pixels of the input.
 template <class T, class Columns, class Product>
 NNLIB_ALWAYS_INLINE void for_pixel_columns(uint32_t count, uint32_t channels, const T* in,
-                                           Columns columns, const Product& product) {
+                                           Columns& columns, const Product& product) {
   for (size_t pixel = 0; pixel < count; pixel += columns.pixels()) {
     columns.begin(static_cast<uint32_t>(count - pixel));
     for (uint32_t column = 0; column < columns.pixels(); ++column, in += channels) {
@@ -65,7 +65,7 @@ NNLIB_ALWAYS_INLINE void for_pixel_columns(uint32_t count, uint32_t channels, co
 // Calls product(columns, first pixel) for the pixels of the map in memory order, as many at a time
 // as the columns hold, and for those left over at the end.
 template <class T, class Columns, class Product>
-NNLIB_ALWAYS_INLINE void for_columns(ConvGeometry g, const ColumnInputs<T> inputs, Columns columns,
+NNLIB_ALWAYS_INLINE void for_columns(ConvGeometry g, const ColumnInputs<T> inputs, Columns& columns,
                                      const Product& product) {
   uint32_t ready = 0;
   uint32_t left = g.pixels();

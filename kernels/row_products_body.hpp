@@ -65,11 +65,11 @@ void convolve(const Rows& rows, const ConvGeometry& g, const typename Rows::Inpu
   if (!convolve_map(rows, g, inputs, columns, scratch, out)) {
     if constexpr (!kWholeMaps<typename Rows::Input>) {
       const WholeRows<Rows> product = {rows, out};
+      Columns gathered(scratch, rows.length, columns);
       if (NNLIB_FOR_SPEED && g.is_product()) {
-        for_pixel_columns(g.pixels(), rows.length, in, Columns(scratch, rows.length, columns),
-                          product);
+        for_pixel_columns(g.pixels(), rows.length, in, gathered, product);
       } else {
-        for_columns(g, inputs, Columns(scratch, rows.length, columns), product);
+        for_columns(g, inputs, gathered, product);
       }
     }
   }

@@ -233,8 +233,8 @@ template <class Rows, class T>
 bool convolve_map(const Rows& rows, const ConvGeometry& g, const ColumnInputs<T>& inputs,
                   uint32_t columns, int16_t* scratch, typename Rows::Output* out) {
   const auto part = [&](auto vectors, uint32_t row) {
-    for_columns(g, inputs, Columns(scratch, rows.length, columns),
-                FinishedRowLanes<vectors(), Rows>(rows, row, out));
+    Columns gathered(scratch, rows.length, columns);
+    for_columns(g, inputs, gathered, FinishedRowLanes<vectors(), Rows>(rows, row, out));
   };
   return for_row_lanes(rows.count, rows.length, g.pixels(), part);
 }

@@ -291,7 +291,8 @@ bool convolve_map(const Rows& rows, const ConvGeometry& g, const ColumnInputs<T>
     return true;
   }
   if constexpr (kWholeMaps<T>) {
-    for_columns(g, inputs, ColumnsOf<T>(scratch, rows.length, columns), product);
+    ColumnsOf<T> gathered(scratch, rows.length, columns);
+    for_columns(g, inputs, gathered, product);
   }
   return kWholeMaps<T>;
 }
