@@ -140,7 +140,8 @@ TEST(IntegerRounding, KeepsTheOrderOfItsFloats) {
   uint8_t sum = 0, pooled = 0;
   EXPECT_EQ(0, ko_uint8_add(&one, &two, &sum, 1, 0.007f, 100, 0.154f, 100, 0.058f, 207));
   EXPECT_EQ(98, sum);
-  ko_uint8_maxpool(&cell, &pooled, 1, 1, 1, 1, 1, 0, 0, 1, 1, 1, 1, 0.03f, 0, 0.04f, 118);
+  EXPECT_EQ(
+      0, ko_uint8_maxpool(&cell, &pooled, 1, 1, 1, 1, 1, 0, 0, 1, 1, 1, 1, 0.03f, 0, 0.04f, 118));
   EXPECT_EQ(255, pooled);
 }
 
@@ -149,16 +150,16 @@ TEST(IntegerRounding, KeepsTheOrderOfItsFloats) {
 TEST(IntegerPool, OfTheWholeMap) {
   const int8_t in[] = {-3, 100, -4, 50, -4, -20};  // two channels
   int8_t out[2];
-  ko_int8_glomaxpool(in, out, 3, 1, 2, 1.0f, 0, 1.0f, 0);
+  EXPECT_EQ(0, ko_int8_glomaxpool(in, out, 3, 1, 2, 1.0f, 0, 1.0f, 0));
   EXPECT_EQ((std::vector<int>{-3, 100}), std::vector<int>(out, out + 2));
-  ko_int8_gloavepool(in, out, 1, 3, 2, 1.0f, 0, 1.0f, 0);
+  EXPECT_EQ(0, ko_int8_gloavepool(in, out, 1, 3, 2, 1.0f, 0, 1.0f, 0));
   EXPECT_EQ((std::vector<int>{-3, 43}), std::vector<int>(out, out + 2));  // toward zero
   const uint8_t bytes[] = {10, 200, 11, 100};
   uint8_t average[2];
-  ko_uint8_gloavepool(bytes, average, 2, 1, 2, 0.5f, 10, 1.0f, 7);
+  EXPECT_EQ(0, ko_uint8_gloavepool(bytes, average, 2, 1, 2, 0.5f, 10, 1.0f, 7));
   EXPECT_EQ((std::vector<int>{7, 77}), std::vector<int>(average, average + 2));
   uint8_t maximum[2];
-  ko_uint8_glomaxpool(bytes, maximum, 2, 1, 2, 1.0f, 0, 0.5f, 0);
+  EXPECT_EQ(0, ko_uint8_glomaxpool(bytes, maximum, 2, 1, 2, 1.0f, 0, 0.5f, 0));
   EXPECT_EQ((std::vector<int>{22, 255}), std::vector<int>(maximum, maximum + 2));
 }
 
