@@ -23,6 +23,12 @@ void check_shape(LayerCheck& check, TensorName name, const ai_tensor& tensor) {
   }
 }
 
+// Bytes that an address must be a multiple of.
+uint32_t alignment(ai_array_format format) {
+  const uint32_t bits = ai_fmt_get_bits(format);
+  return is_lut(format) || bits <= 8 ? 1 : bits <= 16 ? 2 : bits <= 32 ? 4 : 8;
+}
+
 // Rows may lie further apart than they are long.
 void check_pitch(LayerCheck& check, TensorName name, const ai_tensor& tensor) {
   const uint32_t* sizes = tensor.shape.data;
@@ -53,7 +59,7 @@ void check_strides(LayerCheck& check, TensorName name, const ai_tensor& tensor, 
   const ai_array_format format = tensor.data->format;
   const uint32_t* sizes = tensor.shape.data;
   Dims needed = {{run_bytes(format, 1), run_bytes(format, sizes[0]), 0, 0}};
-  if (free_pitch && stride.data[1] > needed.sizes[1]) {
+  if (free_pitch && stride.data[1] > needed.sizes[1] && stride.data[1] % alignment(format) == 0) {
     needed.sizes[1] = stride.data[1];
   }
   needed.sizes[2] = product(needed.sizes[1], sizes[1]);
@@ -86,12 +92,6 @@ void check_array(LayerCheck& check, TensorName name, const ai_tensor& tensor) {
     Finding(check.report()) << name << " has an array of " << Count{array.size, "element"}
                             << ", its dimensions " << dims_of(tensor) << " take " << elements;
   }
-}
-
-// Bytes that an address must be a multiple of.
-uint32_t alignment(ai_array_format format) {
-  const uint32_t bits = ai_fmt_get_bits(format);
-  return is_lut(format) || bits <= 8 ? 1 : bits <= 16 ? 2 : bits <= 32 ? 4 : 8;
 }
 
 // Functions that move an array's data along leave it at its data_start.

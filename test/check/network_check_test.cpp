@@ -99,6 +99,9 @@ TEST(NetworkCheck, RecordsOfFloatLayers) {
        "layer 0, forward_conv2d: groups is 0, at least 1 is needed"},
       {[](N& n) { n.conv.filter_stride[1] = 0; },
        "layer 0, forward_conv2d: the filter's stride in y is 0, 1 to 65535 are possible"},
+      {[](N& n) { n.dense_weights.stride.data[1] += 2; },
+       "layer 3, forward_dense: weights 0 has the strides (4, 130, 384, 384), (4, 128, 384, 384) "
+       "are needed"},
       {[](N& n) { n.dense_weights.stride.data[1] += 4; },
        "layer 3, forward_dense: weights 0 has an array of 384 bytes, its dimensions (32, 3, 1, 1) "
        "and strides take 392"},
