@@ -99,7 +99,6 @@ TEST(QuantizedTypes, ThoseNamedAreComputed) {
 }
 
 TEST(QuantizedTypesDeathTest, OthersHang) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
   for (const Row& row : kRows) {
     EXPECT_EXIT((run<uint8_t, uint8_t>(row)), testing::ExitedWithCode(kHung), "") << row.name;
     EXPECT_EXIT((run<uint8_t, int8_t>(row)), testing::ExitedWithCode(kHung), "") << row.name;
