@@ -97,7 +97,7 @@ class Columns {
  private:
   template <class T>
   bool collects() const {
-    return NNLIB_FOR_SPEED && length_ % 4 != 0 && length_ * sizeof(T) <= kMostCollected;
+    return length_ % 4 != 0 && length_ * sizeof(T) <= kMostCollected;
   }
   template <class T>
   __attribute__((noinline)) void interleave_collected() const {
