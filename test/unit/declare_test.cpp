@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The declaration helpers of C and of C++ make the same records.
+// The declaration helpers of C and of C++ make the same records; accessors end where these do.
 #include "core/ai_declare.h"
 
 #include <gtest/gtest.h>
@@ -97,4 +97,33 @@ TEST(Declare, NetworksAreTheSameInBothLanguages) {
     layer = ai_layer_next(layer);
   }
   EXPECT_EQ(layer, nullptr);
+}
+
+// Of records whose memory goes on behind their last entry.
+TEST(Tensor, AccessorsEndWithTheirRecords) {
+  uint32_t sizes[] = {1, 2, 3, 4, 5};
+  const float scales[] = {0.5f, 0.25f, 2.0f};
+  const uint8_t zeropoints[] = {7, 200, 9};
+  const ai_intq_info info = {scales, zeropoints};
+  const ai_intq_info_list quantization = {2u << 16, &info};
+  ai_array array = {AI_ARRAY_FORMAT_U8, 24, nullptr, nullptr};
+  ai_tensor tensor = {&quantization,
+                      AI_TENSOR_FLAGS_INTEGER,
+                      {AI_DIMS_WORD(AI_SHAPE_TYPE, 4), sizes},
+                      {AI_DIMS_WORD(AI_SHAPE_TYPE, 4), sizes},
+                      &array};
+  EXPECT_EQ(ai_tensor_dim(&tensor, 3), 4u);
+  EXPECT_EQ(ai_tensor_dim(&tensor, 4), 0u);
+  EXPECT_EQ(ai_tensor_stride(&tensor, 3), 4u);
+  EXPECT_EQ(ai_tensor_stride(&tensor, 4), 0u);
+  EXPECT_EQ(ai_tensor_scale(&tensor, 1), 0.25f);
+  EXPECT_EQ(ai_tensor_scale(&tensor, 2), 0.0f);
+  EXPECT_EQ(ai_tensor_zeropoint(&tensor, 1), 200);
+  EXPECT_EQ(ai_tensor_zeropoint(&tensor, 2), 0);
+  ai_tensor* const entries[] = {&tensor, &tensor};
+  const ai_tensor_list lists[] = {{1, entries, nullptr}, {1, entries, nullptr}};
+  const ai_tensor_chain chain = {1, lists};
+  EXPECT_EQ(ai_tensor_chain_get(&chain, 0, 0), &tensor);
+  EXPECT_EQ(ai_tensor_chain_get(&chain, 0, 1), nullptr);
+  EXPECT_EQ(ai_tensor_chain_get(&chain, 1, 0), nullptr);
 }
