@@ -105,9 +105,9 @@ TEST(Tensor, AccessorsEndWithTheirRecords) {
   const float scales[] = {0.5f, 0.25f, 2.0f};
   const uint8_t zeropoints[] = {7, 200, 9};
   const ai_intq_info info = {scales, zeropoints};
-  const ai_intq_info_list quantization = {2u << 16, &info};
+  const ai_intq_info_list two_entries = {2u << 16, &info};
   ai_array array = {AI_ARRAY_FORMAT_U8, 24, nullptr, nullptr};
-  ai_tensor tensor = {&quantization,
+  ai_tensor tensor = {&two_entries,
                       AI_TENSOR_FLAGS_INTEGER,
                       {AI_DIMS_WORD(AI_SHAPE_TYPE, 4), sizes},
                       {AI_DIMS_WORD(AI_SHAPE_TYPE, 4), sizes},
@@ -122,8 +122,8 @@ TEST(Tensor, AccessorsEndWithTheirRecords) {
   EXPECT_EQ(ai_tensor_zeropoint(&tensor, 2), 0);
   ai_tensor* const entries[] = {&tensor, &tensor};
   const ai_tensor_list lists[] = {{1, entries, nullptr}, {1, entries, nullptr}};
-  const ai_tensor_chain chain = {1, lists};
-  EXPECT_EQ(ai_tensor_chain_get(&chain, 0, 0), &tensor);
-  EXPECT_EQ(ai_tensor_chain_get(&chain, 0, 1), nullptr);
-  EXPECT_EQ(ai_tensor_chain_get(&chain, 1, 0), nullptr);
+  const ai_tensor_chain one_list = {1, lists};
+  EXPECT_EQ(ai_tensor_chain_get(&one_list, 0, 0), &tensor);
+  EXPECT_EQ(ai_tensor_chain_get(&one_list, 0, 1), nullptr);
+  EXPECT_EQ(ai_tensor_chain_get(&one_list, 1, 0), nullptr);
 }
