@@ -41,6 +41,15 @@ struct Pair {
   bool sound() const { return in != nullptr && out != nullptr; }
 };
 
+void check_whole_bytes(LayerCheck& check) {
+  const ai_tensor* input = check.sound(AI_CHAIN_INPUT);
+  if (input != nullptr &&
+      run_bytes(input->data->format, 8) != 8 * run_bytes(input->data->format, 1)) {
+    Finding(check.report()) << "input 0 has the format " << FormatName{input->data->format}
+                            << ", the function moves whole bytes";
+  }
+}
+
 }  // namespace
 
 // --- padding ------------------------------------------------------------------------------------
@@ -68,6 +77,7 @@ void check_pad_value(LayerCheck& check, const ai_array* value, const ai_tensor& 
 }  // namespace
 
 void check_pad(LayerCheck& check) {
+  check_whole_bytes(check);
   const auto& pad = check.record<ai_layer_pad>();
   if (pad.mode > AI_PAD_EDGE) {
     Finding(check.report()) << "the mode is " << pad.mode << ", the function does nothing: 0 to "
@@ -105,6 +115,7 @@ void tile_sizes(LayerCheck& check) {
 }
 
 void check_tile(LayerCheck& check) {
+  check_whole_bytes(check);
   const uint16_t* repeats = check.record<ai_layer_tile>().repeats;
   if (repeats == nullptr) {
     Finding(check.report()) << "there are no repeats, 3 are needed";
@@ -143,6 +154,7 @@ void check_scaled(LayerCheck& check, float scale, uint32_t in, uint32_t out, boo
 }  // namespace
 
 void check_upsample(LayerCheck& check) {
+  check_whole_bytes(check);
   const auto& upsample = check.record<ai_layer_upsample>();
   if (upsample.mode > AI_UPSAMPLE_BILINEAR) {
     Finding(check.report()) << "the mode is " << upsample.mode
@@ -177,6 +189,7 @@ void check_upsample(LayerCheck& check) {
 // --- joining ------------------------------------------------------------------------------------
 
 void check_concat(LayerCheck& check) {
+  check_whole_bytes(check);
   const uint32_t axis = check.record<ai_layer_concat>().axis;
   const Pair tensors(check);
   if (!check_axis(check, axis) || !tensors.sound()) {
@@ -208,6 +221,7 @@ void check_concat(LayerCheck& check) {
 // --- turning ------------------------------------------------------------------------------------
 
 void check_transpose(LayerCheck& check) {
+  check_whole_bytes(check);
   const uint32_t* perm = check.record<ai_layer_transpose>().perm;
   if (perm == nullptr) {
     Finding(check.report()) << "there is no permutation, 4 axes are needed";
@@ -251,6 +265,7 @@ bool check_indices(LayerCheck& check, const ai_array* array, uint32_t count, con
 }  // namespace
 
 void check_slice(LayerCheck& check) {
+  check_whole_bytes(check);
   const auto& slice = check.record<ai_layer_slice>();
   const uint32_t count = slice.starts != nullptr ? slice.starts->size : 0;
   bool usable = check_indices(check, slice.starts, count > 0 ? count : 1, "starts");

@@ -233,6 +233,9 @@ std::optional<HostArray> evaluate(const Graph& graph, const Node& node) {
   return evaluation.result();
 }
 
+// Elements that a constant may be expanded to: a few bytes of a file could ask for gigabytes.
+constexpr int64_t kMostOutOfNothing = int64_t{1} << 22;
+
 bool fold(Graph& graph, const Node& node) {
   if (node.outputs.size() != 1) {
     return false;
@@ -241,11 +244,19 @@ bool fold(Graph& graph, const Node& node) {
   if (!std::all_of(node.inputs.begin(), node.inputs.end(), all_constant)) {
     return false;
   }
+  Value& out = graph.value(node.output());
+  int64_t most = kMostOutOfNothing;
+  for (const ValueId id : node.inputs) {
+    most = std::max(most, graph.value(id).elements());
+  }
+  if (out.elements() > most) {
+    throw std::runtime_error("a computed constant of more than " + std::to_string(most) +
+                             " elements");
+  }
   const std::optional<HostArray> result = evaluate(graph, node);
   if (!result) {
     return false;
   }
-  Value& out = graph.value(node.output());
   if (result->shape != out.shape) {
     throw std::runtime_error("the operands' shapes do not give the result's");
   }

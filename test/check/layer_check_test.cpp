@@ -144,6 +144,15 @@ TEST(LayerCheck, ConcatTransposeSliceAndTopK) {
                  "layer 0, forward_transpose: output 0 has the dimensions (2, 3, 1, 2), (3, 1, 2, "
                  "2) are needed: another order or view of its 12 elements"}});
 
+  nnlib::tensor nibbles(AI_ARRAY_FORMAT_U4, {1, 2, 3, 2}, numbers);
+  nnlib::tensor turned_nibbles(AI_ARRAY_FORMAT_U4, {2, 3, 1, 2}, numbers + 128);
+  OneLayer<ai_layer_transpose, 1, 1> halves(AI_LAYER_TYPE_TRANSPOSE, forward_transpose,
+                                            nnlib::list(nibbles), nnlib::list(turned_nibbles));
+  halves.record.perm = perm;
+  EXPECT_NE(
+      findings(halves.network).find("input 0 has the format FMT_U4, the function moves whole"),
+      std::string::npos);
+
   nnlib::tensor cut({1, 2, 2, 2}, numbers + 128);
   OneLayer<ai_layer_slice, 1, 1> slice(AI_LAYER_TYPE_SLICE, forward_slice, nnlib::list(a),
                                        nnlib::list(cut));

@@ -187,6 +187,19 @@ TEST(OnnxReader, HugeNegativeAndMissing) {
   EXPECT_EQ(reshaped({1, 65536, 65536, 65536, 65536}), "a tensor of more than 67108864 elements");
   EXPECT_NE(reshaped({1, 0, 4}), "taken");
 
+  ModelFile expanded;
+  expanded.input("x", {1}).output("y").floats("a", {1}, {1});
+  onnx::TensorProto& shape = *expanded.proto().mutable_graph()->add_initializer();
+  shape.set_name("s");
+  shape.set_data_type(onnx::TensorProto::INT64);
+  shape.add_dims(2);
+  shape.add_int64_data(4096);
+  shape.add_int64_data(4096);
+  expanded.node("Expand", {"a", "s"}, "e");
+  expanded.node("Mul", {"x", "e"}, "y");
+  EXPECT_EQ(refusal_of(expanded.bytes()),
+            "Expand 'e_node': a computed constant of more than 4194304 elements");
+
   ModelFile cyclic;
   cyclic.input("x", {2}).output("b");
   cyclic.node("Add", {"x", "b"}, "a");
