@@ -76,14 +76,13 @@ NNLIB_ALWAYS_INLINE void conv_block(const Chunk& chunk, const Line& line, const 
   }
   for (size_t i = 0; i < runs.count; ++i) {
     const Runs::Run& run = runs.run[i];
-    const float* tile = chunk.tile.data + run.tile;
-#if NNLIB_LANES == 1
-    accumulate_contiguous(acc, in + run.in, line.in_pitch, tile, chunk.tile.vector_pitch,
-                          run.depth);
-#else
-    accumulate(acc, in + run.in, line.in_pitch, 1,
-               {tile, chunk.tile.k_pitch, chunk.tile.vector_pitch}, run.depth);
-#endif
+    Tile tile = chunk.tile;
+    tile.data += run.tile;
+    if constexpr (kPacks) {
+      accumulate(acc, in + run.in, line.in_pitch, 1, tile, run.depth);
+    } else {
+      accumulate_contiguous(acc, in + run.in, line.in_pitch, tile, run.depth);
+    }
   }
   store_block(out, acc, line.out_pitch, chunk.columns.lanes);
 }
@@ -177,10 +176,14 @@ static void conv2d(const Conv2d& conv) {
     if (conv.bias != nullptr) {
       std::copy_n(conv.bias + columns.first, (columns.vectors - 1) * kLanes + columns.lanes, bias);
     }
-    Chunk chunk = {0, 0, row_runs, columns, {buffer.data, columns.vectors * kLanes, kLanes}, bias};
+    Tile tile = {buffer.data, columns.vectors * kLanes, kLanes, {1, kLanes}};
     if (!kPacks) {
-      chunk.tile = {conv.weights + columns.first * conv.weights_pitch, 1, conv.weights_pitch};
+      tile = {conv.weights + columns.first * conv.weights_pitch,
+              1,
+              kLanes * conv.weights_pitch,
+              {conv.weights_pitch, columns.lanes}};
     }
+    Chunk chunk = {0, 0, row_runs, columns, tile, bias};
     do {
       chunk.depth = chunk_depth(conv, row_runs, chunk.first);
       if (kPacks) {

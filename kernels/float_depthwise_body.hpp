@@ -35,7 +35,7 @@ NNLIB_ALWAYS_INLINE void depthwise_block(const Conv2d& conv, const Columns& colu
         NNLIB_UNROLL
         for (size_t p = 0; p < P; ++p) {
           const float* x = in + p * line.in_pitch + v * kLanes;
-          acc[p][v] += (Part ? load_part(x, lanes) : load(x)) * weight;
+          acc[p][v] = multiply_add(acc[p][v], Part ? load_part(x, lanes) : load(x), weight);
         }
       }
       in += conv.x.dilation * conv.x.in_pitch;
@@ -83,11 +83,11 @@ inline void depthwise_line_3x3(const Conv2d& conv, size_t channel, const Line& l
     Vec acc = bias;
     NNLIB_UNROLL
     for (size_t row = 0; row < 3; ++row) {
-      acc += load(in[row]) * w[row][0];
+      acc = multiply_add(acc, load(in[row]), w[row][0]);
       in[row] += column_pitch;
-      acc += load(in[row]) * w[row][1];
+      acc = multiply_add(acc, load(in[row]), w[row][1]);
       in[row] += column_pitch;
-      acc += load(in[row]) * w[row][2];
+      acc = multiply_add(acc, load(in[row]), w[row][2]);
       in[row] += to_next;
     }
     store(out, acc);

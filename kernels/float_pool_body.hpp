@@ -1,10 +1,21 @@
 // SPDX-License-Identifier: MIT
 // Body of float_pool.cpp, once for each number of lanes.
 
+template <class V>
+NNLIB_ALWAYS_INLINE V greater(V a, V b) {
+  return a > b ? a : b;
+}
+#if NNLIB_MVE_FLOAT
+// Compilers make four branches of the same.
+NNLIB_ALWAYS_INLINE Vec greater(Vec a, Vec b) {
+  return vpselq_f32(a, b, vcmpgtq_f32(a, b));
+}
+#endif
+
 template <Pooling kind, class V>
 NNLIB_ALWAYS_INLINE V fold(V folded, V cell) {
   if constexpr (kind == Pooling::kMax) {
-    return folded > cell ? folded : cell;
+    return greater(folded, cell);
   } else {
     return folded + cell;
   }

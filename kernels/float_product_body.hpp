@@ -46,10 +46,10 @@ NNLIB_NOINLINE inline void product_tiles(const Product& p) {
     do {
       const size_t depth = p.depth - first < kTileDepth ? p.depth - first : kTileDepth;
       const float* b = p.b.data + columns.first * p.b.row_pitch + first * p.b.k_pitch;
-      Tile tile = {b, p.b.k_pitch, kLanes * p.b.row_pitch};
+      Tile tile = {b, p.b.k_pitch, kLanes * p.b.row_pitch, {p.b.row_pitch, columns.lanes}};
       if (!in_place) {
         pack(buffer.data, b, p.b.row_pitch, p.b.k_pitch, columns, depth);
-        tile = {buffer.data, columns.vectors * kLanes, kLanes};
+        tile = {buffer.data, columns.vectors * kLanes, kLanes, {1, kLanes}};
       }
       product_columns(p, columns, tile, first, depth);
       first += depth;
@@ -58,24 +58,23 @@ NNLIB_NOINLINE inline void product_tiles(const Product& p) {
   }
 }
 
-// One row of a times NV vectors of columns of b whose row_pitch is 1 (without vectors: any).
+// One row of a times NV vectors of columns of b, which are read in place.
 template <size_t NV>
 void row_columns_in_place(const Product& p, size_t column) {
   Vec acc[1][NV] = {};
-  const float* b = p.b.data + column * p.b.row_pitch;
-  size_t k = 0;
-#if NNLIB_LANES == 1
-  if (p.a.k_pitch == 1 && p.b.k_pitch == 1) {
-    accumulate_contiguous(acc, p.a.data, 0, b, p.b.row_pitch, p.depth);
-    k = p.depth;
+  const Tile tile = {p.b.data + column * p.b.row_pitch,
+                     p.b.k_pitch,
+                     kLanes * p.b.row_pitch,
+                     {p.b.row_pitch, kLanes}};
+  if (!kPacks && p.a.k_pitch == 1 && p.b.k_pitch == 1) {
+    accumulate_contiguous(acc, p.a.data, 0, tile, p.depth);
+  } else {
+    accumulate(acc, p.a.data, 0, p.a.k_pitch, tile, p.depth);
   }
-#endif
-  accumulate(acc, p.a.data + k * p.a.k_pitch, 0, p.a.k_pitch,
-             {b + k * p.b.k_pitch, p.b.k_pitch, kLanes * p.b.row_pitch}, p.depth - k);
   store_block(p.out + column, acc, 0, kLanes);
 }
 
-#if NNLIB_LANES > 1
+#if NNLIB_LANES > 1 && !NNLIB_MVE_FLOAT
 // Four k of one vector of columns, in order.
 NNLIB_ALWAYS_INLINE Vec add_quads(Vec acc, const float* a, const float* b, size_t column_pitch) {
   const Vec x = splat_quad(a);
@@ -144,7 +143,7 @@ inline void row_columns_scalar(const Product& p) {
 
 template <bool Turned, size_t NV>
 void row_columns(const Product& p, size_t column) {
-#if NNLIB_LANES > 1
+#if NNLIB_LANES > 1 && !NNLIB_MVE_FLOAT
   if constexpr (Turned) {
     row_columns_turned<NV>(p, column);
     return;
@@ -175,7 +174,7 @@ inline void product_vector(const Product& p) {
   } else if (kPacks && p.b.row_pitch != 1) {
     product_row<true, 2>(p);
   } else {
-    product_row<false, kPacks ? 8 : kBlockSums / 2>(p);
+    product_row<false, kRowVectors>(p);
   }
 }
 

@@ -9,29 +9,37 @@
 #if NNLIB_LANES == 1 && defined(__ARM_FP) && !defined(__OPTIMIZE_SIZE__)
 constexpr size_t kBlockSums = 16;
 constexpr size_t kTileVectors = 4;
+constexpr size_t kRowVectors = 8;  // of a single row
+#elif NNLIB_MVE_FLOAT
+constexpr size_t kBlockSums = 4;
+constexpr size_t kTileVectors = 1;
+constexpr size_t kRowVectors = 4;
 #else
 constexpr size_t kBlockSums = 8;
 constexpr size_t kTileVectors = 2;
+constexpr size_t kRowVectors = NNLIB_LANES == 1 ? 4 : 8;
 #endif
 constexpr size_t kTileColumns = kTileVectors * kLanes;
 
 // With vectors, columns are packed into a tile on the stack, 128 k at a time (8 KiB on wide
-// vectors): it stays in the first-level cache while all rows pass over it. Without, they are read
-// in place.
-constexpr bool kPacks = kLanes > 1;
+// vectors): it stays in the first-level cache while all rows pass over it. Without, or where
+// vectors are gathered, they are read in place.
+constexpr bool kPacks = kLanes > 1 && !kGathers;
 constexpr size_t kTileDepth = kPacks ? 128 : SIZE_MAX;
 struct alignas(kPacks ? 64 : alignof(float)) TileBuffer {
   float data[kPacks ? kTileColumns * 128 : 1];
 };
 
-// Column c of k is data[k * k_pitch + c / kLanes * vector_pitch + c % kLanes].
+// Column c of k is data[k * k_pitch + c / kLanes * vector_pitch] in lane c % kLanes.
 struct Tile {
   const float* data;
   size_t k_pitch;
   size_t vector_pitch;
+  ColumnLanes lanes;
 };
 
-// Rows of a block of NV vectors; without vectors at most 4, for which there are pointers.
+// Rows of a block of NV vectors; where those are read in place at most 4, for which there are
+// pointers.
 template <size_t NV>
 constexpr size_t kBlockRows = kPacks || kBlockSums / NV < 4 ? kBlockSums / NV : 4;
 
@@ -67,14 +75,14 @@ NNLIB_ALWAYS_INLINE void accumulate(Vec (&acc)[P][NV], const float* a, size_t ro
     Vec columns[NV];
     NNLIB_UNROLL
     for (size_t v = 0; v < NV; ++v) {
-      columns[v] = load(b + v * tile.vector_pitch);
+      columns[v] = tile.lanes.at(b + v * tile.vector_pitch);
     }
     NNLIB_UNROLL
     for (size_t p = 0; p < P; ++p) {
-      const Vec x = splat(a[p * row_pitch]);
+      const auto x = splat(a[p * row_pitch]);
       NNLIB_UNROLL
       for (size_t v = 0; v < NV; ++v) {
-        acc[p][v] += x * columns[v];
+        acc[p][v] = multiply_add(acc[p][v], x, columns[v]);
       }
     }
     a += a_k;
@@ -82,12 +90,11 @@ NNLIB_ALWAYS_INLINE void accumulate(Vec (&acc)[P][NV], const float* a, size_t ro
   }
 }
 
-#if NNLIB_LANES == 1
-// As accumulate, contiguous in a and b: a pointer for each row and column, which loads move on, so
+// As accumulate, contiguous in a and b: a pointer for each row and vector, which loads move on, so
 // that small cores need no arithmetic for addresses.
 template <size_t P, size_t NV>
 NNLIB_ALWAYS_INLINE void accumulate_contiguous(Vec (&acc)[P][NV], const float* a, size_t row_pitch,
-                                               const float* b, size_t column_pitch, size_t depth) {
+                                               Tile tile, size_t depth) {
   const float* rows[P];
   const float* columns[NV];
   NNLIB_UNROLL
@@ -96,25 +103,24 @@ NNLIB_ALWAYS_INLINE void accumulate_contiguous(Vec (&acc)[P][NV], const float* a
   }
   NNLIB_UNROLL
   for (size_t v = 0; v < NV; ++v) {
-    columns[v] = b + v * column_pitch;
+    columns[v] = tile.data + v * tile.vector_pitch;
   }
   for (; depth != 0; --depth) {
-    float w[NV];
+    Vec w[NV];
     NNLIB_UNROLL
     for (size_t v = 0; v < NV; ++v) {
-      w[v] = *columns[v]++;
+      w[v] = tile.lanes.at(columns[v]++);
     }
     NNLIB_UNROLL
     for (size_t p = 0; p < P; ++p) {
       const float x = *rows[p]++;
       NNLIB_UNROLL
       for (size_t v = 0; v < NV; ++v) {
-        acc[p][v] += x * w[v];
+        acc[p][v] = multiply_add(acc[p][v], x, w[v]);
       }
     }
   }
 }
-#endif
 
 template <size_t P, size_t NV>
 NNLIB_ALWAYS_INLINE void load_block(Vec (&acc)[P][NV], const float* from, size_t row_pitch,
@@ -157,7 +163,7 @@ inline void pack(float* tile, const float* b, size_t column_pitch, size_t k_pitc
     const float* from = b + v * kLanes * column_pitch;
     float* to = tile + v * kLanes;
     size_t k = 0;
-#if NNLIB_LANES > 1
+#if NNLIB_LANES > 1 && !NNLIB_MVE_FLOAT
     if (columns.lanes == kLanes && k_pitch == 1) {
       for (; k + 4 <= depth; k += 4) {
         Vec quads[4];

@@ -29,9 +29,21 @@
 #include <cstdint>
 #include <cstring>
 
+#if !defined(NNLIB_FUSED_MULTIPLY_ADD)
+#define NNLIB_FUSED_MULTIPLY_ADD 0
+#endif
+
+// Float vectors of Arm's M profile flush denormals: not for sums that round after each product.
+#if NNLIB_FUSED_MULTIPLY_ADD && defined(__ARM_FEATURE_MVE)
+#define NNLIB_MVE_FLOAT ((__ARM_FEATURE_MVE & 2) != 0)
+#else
+#define NNLIB_MVE_FLOAT 0
+#endif
+
 // A build may set NNLIB_VECTOR_LANES to 1: no vectors at all.
 #if !defined(NNLIB_VECTOR_LANES)
-#if defined(__GNUC__) && (defined(__SSE2__) || defined(__aarch64__) || defined(__VSX__))
+#if NNLIB_MVE_FLOAT || \
+    (defined(__GNUC__) && (defined(__SSE2__) || defined(__aarch64__) || defined(__VSX__)))
 #define NNLIB_VECTOR_LANES 4
 #else
 #define NNLIB_VECTOR_LANES 1
@@ -42,10 +54,6 @@
 #define NNLIB_VECTOR_WIDE 1
 #else
 #define NNLIB_VECTOR_WIDE 0
-#endif
-
-#if !defined(NNLIB_FUSED_MULTIPLY_ADD)
-#define NNLIB_FUSED_MULTIPLY_ADD 0
 #endif
 
 #if NNLIB_VECTOR_WIDE

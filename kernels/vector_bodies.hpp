@@ -4,14 +4,19 @@
 #include "kernels/instruction_set.hpp"
 #include "kernels/vector.hpp"
 
+// Sources of one program may differ in their vectors.
+#if NNLIB_MVE_FLOAT
+namespace nnlib::narrow::inline fused {
+#else
 namespace nnlib::narrow {
+#endif
 #define NNLIB_LANES NNLIB_VECTOR_LANES
 #define NNLIB_SET NNLIB_NARROW_SET
 #include "kernels/vector_lanes.hpp"
 #include NNLIB_VECTOR_BODY
 #undef NNLIB_SET
 #undef NNLIB_LANES
-}  // namespace nnlib::narrow
+}
 
 #if NNLIB_VECTOR_WIDE
 #if defined(__clang__) && NNLIB_FUSED_MULTIPLY_ADD

@@ -3,6 +3,10 @@
 // into the namespace of each instance.
 
 constexpr size_t kLanes = NNLIB_LANES;
+
+#if NNLIB_MVE_FLOAT
+#include "kernels/mve/float_lanes.hpp"
+#else
 using Vec = VectorOf<float, kLanes>::type;
 
 // (A copy of bytes would take a single float through an integer's register.)
@@ -47,6 +51,18 @@ NNLIB_ALWAYS_INLINE void store_part(float* to, Vec v, size_t count) {
 NNLIB_ALWAYS_INLINE Vec splat(float x) {
   return x - Vec{};
 }
+
+// Rounded once where the build lets the compiler fuse.
+NNLIB_ALWAYS_INLINE Vec multiply_add(Vec sum, Vec x, Vec y) {
+  return sum + x * y;
+}
+
+// Vectors of columns side by side: no other are loaded at once.
+struct ColumnLanes {
+  ColumnLanes(size_t /*pitch*/, size_t /*lanes*/) {}
+  NNLIB_ALWAYS_INLINE Vec at(const float* first) const { return load(first); }
+};
+constexpr bool kGathers = false;
 
 #if NNLIB_LANES > 1
 
@@ -93,4 +109,5 @@ NNLIB_ALWAYS_INLINE void transpose_quads(Vec (&q)[4]) {
 
 #undef NNLIB_SHUFFLE
 
+#endif
 #endif

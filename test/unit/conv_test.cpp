@@ -138,8 +138,8 @@ float add_tap(float sum, const Shape& s, const Data& data, uint32_t filter, uint
   const uint32_t count = s.channels / s.groups;
   const uint32_t first = filter / (s.filters / s.groups) * count;
   for (uint32_t c = 0; c < count; ++c) {
-    sum += data.in[(size_t{iy} * s.x.in + ix) * s.channels + first + c] *
-           data.weights[s.weight(filter, ky, kx, c)];
+    sum = plus_product(sum, data.in[(size_t{iy} * s.x.in + ix) * s.channels + first + c],
+                       data.weights[s.weight(filter, ky, kx, c)]);
   }
   return sum;
 }

@@ -69,7 +69,8 @@ TEST(Dense, SameBitsAsTheFormula) {
         for (uint32_t k = 0; k < n_in; ++k) {
           const float weight = bits == 32 ? rows[j * (n_in + gap) + k]
                                           : table[index_of(&indices[j * row_bytes], bits, k)];
-          sum += weight * in[p * n_in + k];
+          const float x = in[p * n_in + k];
+          sum = bits == 32 ? plus_product(sum, x, weight) : sum + x * weight;
         }
         expected.push_back(sum + (biased ? bias[j] : 0.0f));
       }
@@ -139,7 +140,7 @@ TEST(Gemm, SameBitsAsTheFormula) {
       for (uint32_t column = 0; column < columns; ++column) {
         float sum = 0.0f;
         for (uint32_t k = 0; k < depth; ++k) {
-          sum += a.at(row, k, ta) * b.at(k, column, tb);
+          sum = plus_product(sum, a.at(row, k, ta), b.at(k, column, tb));
         }
         const float added = c.at(c.rows == 1 ? 0 : row, c.columns == 1 ? 0 : column);
         expected.push_back(added * -0.3f + sum * 1.7f);
@@ -169,7 +170,7 @@ TEST(Gemm, AddsWhatLiesInTheOutput) {
       const uint32_t row = element / columns, column = element % columns;
       float sum = 0.0f;
       for (uint32_t k = 0; k < depth; ++k) {
-        sum += a.at(row, k) * b.at(k, column);
+        sum = plus_product(sum, a.at(row, k), b.at(k, column));
       }
       const size_t added = (c_rows == 1 ? 0 : row) * c_columns + (c_columns == 1 ? 0 : column);
       expected[element] = expected[offset + added] * 0.6f + sum * -1.2f;
@@ -223,7 +224,9 @@ TEST(Matmul, SameBitsAsTheFormula) {
           for (uint32_t at = 0; at < n; ++at) {
             float sum = 0.0f;
             for (uint32_t k = 0; k < depth; ++k) {
-              sum += a_block[(h * depth + k) * n + at] * b_block[(k * b.w + w) * b.n + at];
+              const float left = a_block[(h * depth + k) * n + at];
+              const float right = b_block[(k * b.w + w) * b.n + at];
+              sum = n * b.n == 1 ? plus_product(sum, left, right) : sum + left * right;
             }
             expected.push_back(sum);
           }

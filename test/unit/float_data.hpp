@@ -3,6 +3,7 @@
 #ifndef TEST_UNIT_FLOAT_DATA_HPP
 #define TEST_UNIT_FLOAT_DATA_HPP
 
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <vector>
@@ -15,6 +16,15 @@ inline std::vector<float> irregular_floats(size_t count, uint32_t seed) {
     value = static_cast<float>(static_cast<int32_t>(seed) >> 7) * 0x1p-24f;
   }
   return values;
+}
+
+// sum + a * b as the kernels of a build round it that fuses such sums, or does not.
+inline float plus_product(float sum, float a, float b) {
+#if defined(TEST_FUSED_KERNELS)
+  return std::fma(a, b, sum);
+#else
+  return sum + a * b;
+#endif
 }
 
 inline bool same_bits(const std::vector<float>& a, const std::vector<float>& b) {

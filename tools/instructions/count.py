@@ -25,6 +25,7 @@ CHECKED = ["m4f", "m55"]
 FUSING = ["m4f", "m7f", "m33", "m55"]
 LEVELS = ["O2", "Os"]
 PROGRAMS = ["count_layers", "count_pooling", "count_element_wise"]
+FUSED_PROGRAMS = PROGRAMS[:2]
 
 
 def run(*command, **options):
@@ -60,22 +61,22 @@ def build(target, level, fused):
     return directory
 
 
-def measure(target, level):
-    directory = build(target, level, False)
+def measure(target, level, programs=PROGRAMS, fused=False):
+    directory = build(target, level, fused)
     rows = {}
-    for program in PROGRAMS:
+    for program in programs:
         rows.update(count(target, directory, program))
     return rows
 
 
 def with_fused(measured, target, level):
     """The same with a row behind each float layer, of the build that rounds product and sum once."""
-    fused = count(target, build(target, level, True), PROGRAMS[0]) if target in FUSING else {}
+    fused = measure(target, level, FUSED_PROGRAMS, True) if target in FUSING else {}
     rows = {}
     for (layer, kind), figure in measured.items():
         rows[layer, kind] = figure
-        if kind == "float":
-            rows[layer, "float, fused"] = fused.get((layer, kind))
+        if kind == "float" or "pooling" in layer and kind == "float element":
+            rows[layer, kind + ", fused"] = fused.get((layer, kind))
     return rows
 
 

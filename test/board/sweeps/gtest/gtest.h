@@ -46,6 +46,11 @@ struct Nothing {
   void operator=(const Message&) const {}
 };
 
+template <class T>
+const char* PrintToString(const T&) {
+  return "";
+}
+
 template <template <class> class Fixture, class... T>
 void run_typed(Types<T...>) {
   (Fixture<T>().TestBody(), ...);
@@ -61,6 +66,9 @@ void run_typed(Types<T...>) {
   if (::testing::passed((a) == (b), __FILE__, __LINE__)) { \
   } else                                                   \
     return ::testing::Nothing() = ::testing::Message()
+#define ASSERT_TRUE(a) ASSERT_EQ(static_cast<bool>(a), true)
+#define EXPECT_TRUE(a) EXPECT_EQ(static_cast<bool>(a), true)
+#define EXPECT_LE(a, b) EXPECT_EQ((a) <= (b), true)
 #define ASSERT_NE(a, b) ASSERT_EQ((a) != (b), true)
 #define SCOPED_TRACE(message) static_cast<void>(0)
 
