@@ -230,6 +230,19 @@ class DataFlow {
     return history.writer != kNobody || !check_constant(read);
   }
 
+  // A constant that its own layer overwrites is another one in the next run.
+  void check_kept(const TensorUse& read) const {
+    const History history = history_of(read);
+    if (history.writer != kNobody || history.spoiler != kNobody) {
+      return;
+    }
+    each_write(read.layer, read.layer + 1, [&](const TensorUse& write) {
+      if (memory(write).overlaps(memory(read))) {
+        Finding(report_) << read.name << " is a constant that " << write.name << " overwrites";
+      }
+    });
+  }
+
   // An array of its own over memory that a network's input or output has only until a run points
   // that elsewhere.
   void check_left_behind(const TensorUse& use) const {
@@ -263,16 +276,21 @@ class DataFlow {
       ++inputs;
       fed += check_read(read) ? 1u : 0u;
     });
-    visit_list(layer.tensor_chain, AI_CHAIN_WEIGHTS, place,
-               [&](const TensorUse& read) { check_read(read); });
-    if (rule == nullptr || routed_ || rule->in_place == InPlace::kNoTensors) {
-      return;
-    }
-    if (inputs != 0 && fed == 0) {
+    visit_list(layer.tensor_chain, AI_CHAIN_WEIGHTS, place, [&](const TensorUse& read) {
+      check_read(read);
+      check_kept(read);
+    });
+    const bool linked = rule != nullptr && !routed_ && rule->in_place != InPlace::kNoTensors;
+    if (linked && inputs != 0 && fed == 0) {
       Finding(report_) << "none of its " << inputs
                        << " inputs is written by an earlier layer or is an input of the network";
+    } else {
+      visit_list(layer.tensor_chain, AI_CHAIN_INPUT, place,
+                 [&](const TensorUse& read) { check_kept(read); });
     }
-    check_used(layer, place);
+    if (linked) {
+      check_used(layer, place);
+    }
   }
 
   // Some layer behind, or the network's caller, reads one of the outputs.

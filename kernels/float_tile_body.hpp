@@ -113,7 +113,7 @@ NNLIB_ALWAYS_INLINE void accumulate_contiguous(Vec (&acc)[P][NV], const float* a
     }
     NNLIB_UNROLL
     for (size_t p = 0; p < P; ++p) {
-      const float x = *rows[p]++;
+      const auto x = splat(*rows[p]++);
       NNLIB_UNROLL
       for (size_t v = 0; v < NV; ++v) {
         acc[p][v] = multiply_add(acc[p][v], x, w[v]);

@@ -290,7 +290,8 @@ TEST(LayerCheck, ProductsAndBroadcasting) {
                        "layer 0, forward_gemm: the product of 3 x 4 and 3 x 2 does not give 4 x 2, "
                        "the function writes zeros"}});
   move_to(c, y.array.data);  // C may lie in Y, B may not
-  EXPECT_EQ(findings(gemm.network), "");
+  EXPECT_EQ(findings(gemm.network),
+            "layer 0, forward_gemm: weights 0 is a constant that output 0 overwrites");
   move_to(b, y.array.data);
   EXPECT_EQ(findings(gemm.network),
             "layer 0, forward_gemm: output 0 begins 0 bytes behind the start of input 1 and shares "

@@ -245,6 +245,17 @@ TEST(NetworkCheck, TensorsOfPieces) {
   });
 }
 
+TEST(NetworkCheck, ConstantsInTheWay) {
+  float x_data[4] = {}, c_data[4] = {};
+  nnlib::tensor x({1, 4, 1, 1}, x_data, nnlib::copied), c({1, 4, 1, 1}, c_data);
+  nnlib::tensor y({1, 4, 1, 1}, c_data, nnlib::copied);
+  const nnlib::layer_chain chain(nnlib::list(x, c), nnlib::list(y));
+  ai_layer_eltwise sum = {nnlib::layer(AI_LAYER_TYPE_ELTWISE, forward_eltwise, chain), ai_sum};
+  nnlib::network<1, 1> network{nnlib::list(x), nnlib::list(y), sum.base};
+  EXPECT_EQ(findings(network),
+            "layer 0, forward_eltwise: input 1 is a constant that output 0 overwrites");
+}
+
 TEST(NetworkCheck, MissingRecords) {
   using N = FloatNetwork;
   static const ai_array no_data = {AI_ARRAY_FORMAT_FLOAT, 3, nullptr, nullptr};
