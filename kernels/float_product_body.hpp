@@ -58,7 +58,8 @@ NNLIB_NOINLINE inline void product_tiles(const Product& p) {
   }
 }
 
-// One row of a times NV vectors of columns of b, which are read in place.
+// One row of a times NV vectors of columns of b, which are read in place; without packing, both
+// contiguous in k.
 template <size_t NV>
 void row_columns_in_place(const Product& p, size_t column) {
   Vec acc[1][NV] = {};
@@ -66,10 +67,10 @@ void row_columns_in_place(const Product& p, size_t column) {
                      p.b.k_pitch,
                      kLanes * p.b.row_pitch,
                      {p.b.row_pitch, kLanes}};
-  if (!kPacks && p.a.k_pitch == 1 && p.b.k_pitch == 1) {
-    accumulate_contiguous(acc, p.a.data, 0, tile, p.depth);
-  } else {
+  if constexpr (kPacks) {
     accumulate(acc, p.a.data, 0, p.a.k_pitch, tile, p.depth);
+  } else {
+    accumulate_contiguous(acc, p.a.data, 0, tile, p.depth);
   }
   store_block(p.out + column, acc, 0, kLanes);
 }
@@ -167,7 +168,7 @@ void product_row(const Product& p) {
   }
 }
 
-// One row of a; with vectors, b's row_pitch is 1 or both are contiguous.
+// One row of a; both are contiguous, or with packing b's row_pitch is 1.
 inline void product_vector(const Product& p) {
   if (p.columns < kLanes) {
     row_columns_scalar(p);
@@ -180,7 +181,8 @@ inline void product_vector(const Product& p) {
 
 inline void product(const Product& p) {
   const bool contiguous = p.a.k_pitch == 1 && p.b.k_pitch == 1;
-  if (p.rows != 1 || (kPacks && p.b.row_pitch != 1 && !contiguous)) {
+  const bool in_place = kPacks && p.b.row_pitch == 1;
+  if (p.rows != 1 || !(contiguous || in_place)) {
     product_tiles(p);
   } else {
     product_vector(p);
