@@ -115,6 +115,7 @@ void check_parameters(LayerCheck& check, const ai_array* params, uint32_t needed
   }
   const ai_array_format format = input->data->format;
   if (ai_fmt_get_bits(params->format) != ai_fmt_get_bits(format) ||
+      ai_fmt_get_type_id(params->format) != ai_fmt_get_type_id(format) ||
       ai_fmt_is_float(params->format) != ai_fmt_is_float(format)) {
     Finding(check.report()) << what << " has the format " << FormatName{params->format}
                             << ", input 0 has " << FormatName{format};

@@ -90,6 +90,8 @@ TEST(NetworkCheck, WeightsAndMapsOfFloatLayers) {
 
 TEST(NetworkCheck, RecordsOfFloatLayers) {
   using N = FloatNetwork;
+  static float table[256];
+  static const ai_array indices = {AI_ARRAY_FORMAT_LUT8_FLOAT, 2, table, table};
   expect_texts<N>({
       {[](N& n) { n.conv.groups = 2; },
        "layer 0, forward_conv2d: weights 0 has the dimensions (3, 2, 3, 4), (1, 2, 3, 4) are "
@@ -117,6 +119,11 @@ TEST(NetworkCheck, RecordsOfFloatLayers) {
        "layer 0, forward_conv2d: filter_pad has 2 values, 4 are needed: top, left, bottom, right"},
       {[](N& n) { n.conv.nl_func = nl_func_clip_array_f32; },
        "layer 0, forward_conv2d: nl_params is missing, 2 values are needed"},
+      {[](N& n) {
+         n.conv.nl_func = nl_func_clip_array_f32;
+         n.conv.nl_params = &indices;
+       },
+       "layer 0, forward_conv2d: nl_params has the format FMT_LUT8_FLOAT, input 0 has FMT_FLOAT"},
       {[](N& n) { n.conv.nl_func = nl_func_tanh_array_fixed; },
        "layer 0, forward_conv2d: nl_func is nl_func_tanh_array_fixed for fixed point, the layer "
        "computes float32"},

@@ -361,6 +361,7 @@ RandomTensor& LayerMaker::inner_layers(ai_layer*& first) {
   const RandomTensor& outer = *lists_[AI_CHAIN_INPUT][0];
   RandomTensor* given =
       &network_.make_tensor(ai_fmt_get_code(ai_tensor_format(&outer.tensor)), step);
+  given->memory->block->constant = false;  // a run points the tensor elsewhere
   given->tensor.klass = outer.tensor.klass;
   const LayerRules rules = layer_rules();
   ai_layer** next = &first;
