@@ -16,7 +16,8 @@
 // code compiled without AVX2 costs hundreds of cycles.
 //
 // With NNLIB_FUSED_MULTIPLY_ADD the build lets the compiler fuse product and sum in the float
-// kernels; the wide instances then need a processor with such instructions.
+// kernels; the wide instances then need a processor with such instructions, and the narrow ones take
+// the float vectors of MVE, which gather what they read in place (mve/float_lanes.hpp).
 //
 // narrow:: is what the target has anyway: 4 lanes of float32, or 1 where there is no vector unit
 // with IEEE arithmetic. wide:: is compiled for AVX2 (without fused multiply-add), 8 lanes, and runs
@@ -34,7 +35,7 @@
 #endif
 
 // Float vectors of Arm's M profile flush denormals: not for sums that round after each product.
-#if NNLIB_FUSED_MULTIPLY_ADD && defined(__ARM_FEATURE_MVE)
+#if NNLIB_FUSED_MULTIPLY_ADD && defined(__ARM_FEATURE_MVE) && !defined(NNLIB_VECTOR_LANES)
 #define NNLIB_MVE_FLOAT ((__ARM_FEATURE_MVE & 2) != 0)
 #else
 #define NNLIB_MVE_FLOAT 0
