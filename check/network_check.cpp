@@ -11,9 +11,9 @@
 namespace nnlib {
 namespace {
 
-// A run copies batches of as many bytes as the strides say, or points the array at the caller's.
-void check_batch_bytes(const Scope& scope, TensorName name, const ai_tensor& tensor,
-                       Report& report) {
+// A run copies batches of as many bytes as the strides say, or points the array at the caller's; a
+// buffer has as many elements as the dimensions say.
+void check_batch(const Scope& scope, TensorName name, const ai_tensor& tensor, Report& report) {
   const ai_stride& stride = tensor.stride;
   if (stride.data == nullptr || ai_dims_count(stride.type_size) != AI_SHAPE_DIMS) {
     Finding(report) << name << " has no " << AI_SHAPE_DIMS << " strides";
@@ -26,6 +26,14 @@ void check_batch_bytes(const Scope& scope, TensorName name, const ai_tensor& ten
     Finding(report) << name << " has an array of " << held << " bytes, its dimensions "
                     << dims_of(tensor) << " and strides take " << batch
                     << (bound ? ": the caller's memory, at which a run points it" : "");
+    return;
+  }
+  const uint32_t* sizes = tensor.shape.data;
+  const uint64_t elements =
+      product(product(sizes[AI_SHAPE_C], sizes[AI_SHAPE_W]), sizes[AI_SHAPE_H]);
+  if (tensor.data->size < elements) {
+    Finding(report) << name << " has an array of " << Count{tensor.data->size, "element"}
+                    << ", a buffer of its dimensions " << dims_of(tensor) << " has " << elements;
   }
 }
 
@@ -47,7 +55,7 @@ void check_io_tensor(const Scope& scope, TensorName name, Report& report) {
       break;
     }
   }
-  check_batch_bytes(scope, name, *tensor, report);
+  check_batch(scope, name, *tensor, report);
 }
 
 // An array that a run points at the caller's memory can be of one input or output only.

@@ -263,6 +263,20 @@ TEST(NetworkCheck, ConstantsInTheWay) {
             "layer 0, forward_eltwise: input 1 is a constant that output 0 overwrites");
 }
 
+TEST(NetworkCheck, BuffersOfMoreElementsThanArrays) {
+  float x_data[4] = {}, y_data[4] = {};
+  nnlib::tensor x({1, 4, 1, 1}, x_data), y({1, 4, 1, 1}, y_data, nnlib::copied);
+  nnlib::tensor view({1, 6, 1, 1}, x_data, nnlib::copied);
+  view.array.size = 4;
+  view.stride.data[AI_SHAPE_H] = sizeof(x_data);
+  const nnlib::layer_chain chain(nnlib::list(x), nnlib::list(y));
+  ai_layer_nl abs = {nnlib::layer(AI_LAYER_TYPE_NL, forward_abs, chain), nullptr};
+  nnlib::network<1, 1> network{nnlib::list(view), nnlib::list(y), abs.base};
+  EXPECT_EQ(findings(network),
+            "network: input 0 has an array of 4 elements, a buffer of its dimensions (1, 6, 1, 1) "
+            "has 6");
+}
+
 TEST(NetworkCheck, MissingRecords) {
   using N = FloatNetwork;
   static const ai_array no_data = {AI_ARRAY_FORMAT_FLOAT, 3, nullptr, nullptr};
