@@ -16,8 +16,8 @@
 // code compiled without AVX2 costs hundreds of cycles.
 //
 // With NNLIB_FUSED_MULTIPLY_ADD the build lets the compiler fuse product and sum in the float
-// kernels; the wide instances then need a processor with such instructions, and the narrow ones take
-// the float vectors of MVE, which gather what they read in place (mve/float_lanes.hpp).
+// kernels; the wide instances then need a processor with such instructions, and the narrow ones
+// take the float vectors of MVE, which gather what they read in place (mve/float_lanes.hpp).
 //
 // narrow:: is what the target has anyway: 4 lanes of float32, or 1 where there is no vector unit
 // with IEEE arithmetic. wide:: is compiled for AVX2 (without fused multiply-add), 8 lanes, and runs
