@@ -202,14 +202,14 @@ TEST(Gemm, MismatchFillsWithZeros) {
   EXPECT_TRUE(same_bits(expected, y.data));
 }
 
-// Blocks of channels whose innermost dimension is N; B has more of everything than is read.
+// Blocks of channels whose innermost dimension is N; A and B have more than is read.
 TEST(Matmul, SameBitsAsTheFormula) {
   Random random(5);
   for (int i = 0; i < 400; ++i) {
     const uint32_t channels = 1 + random.below(3), n = random.pick({1, 1, 2, 3});
     const uint32_t height = boundary_size(random), width = boundary_size(random);
     const uint32_t depth = boundary_size(random);
-    const nnlib::dims a = {n, channels, depth, height + random.below(2)};
+    const nnlib::dims a = {n + random.below(2), channels, depth, height + random.below(2)};
     const nnlib::dims b = {n + random.below(2), channels, width + random.below(2),
                            depth + random.below(2)};
     const nnlib::dims y = {n, channels, width, height};
@@ -224,9 +224,9 @@ TEST(Matmul, SameBitsAsTheFormula) {
           for (uint32_t at = 0; at < n; ++at) {
             float sum = 0.0f;
             for (uint32_t k = 0; k < depth; ++k) {
-              const float left = a_block[(h * depth + k) * n + at];
+              const float left = a_block[(h * depth + k) * a.n + at];
               const float right = b_block[(k * b.w + w) * b.n + at];
-              sum = n * b.n == 1 ? plus_product(sum, left, right) : sum + left * right;
+              sum = a.n * n * b.n == 1 ? plus_product(sum, left, right) : sum + left * right;
             }
             expected.push_back(sum);
           }
