@@ -96,7 +96,7 @@ int source_of(uint32_t mode, int at, int n) {
   while (mode == AI_PAD_REFLECT && n > 1 && (at < 0 || at >= n)) {
     at = at < 0 ? -at : 2 * (n - 1) - at;
   }
-  return std::clamp(at, 0, n - 1);
+  return std::clamp(at, 0, std::max(n - 1, 0));
 }
 
 void check_pad(uint32_t mode, Input& in, uint32_t top, uint32_t left, uint32_t bottom,
@@ -129,6 +129,11 @@ TEST(Pad, FillsAroundTheMap) {
       }
     }
   }
+}
+
+TEST(Pad, ConstantAroundAnEmptyMap) {
+  Input in({1, 1, 0, 1}, 2);
+  check_pad(AI_PAD_CONSTANT, in, 0, 1, 0, 0);
 }
 
 TEST(Tile, RepeatsMapRowsAndPixels) {
