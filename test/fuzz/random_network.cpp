@@ -348,7 +348,26 @@ std::vector<ai_buffer> RandomNetwork::buffers(const std::vector<RandomTensor*>& 
   return made;
 }
 
+// What a layer writes is no constant, though it may be another's weights.
+void RandomNetwork::release_written() {
+  for (const ai_layer* layer : layers_) {
+    for (const uint32_t list : {AI_CHAIN_OUTPUT, AI_CHAIN_SCRATCH}) {
+      const ai_tensor_list* written = ai_tensor_chain_list(layer->tensor_chain, list);
+      const uint32_t count = ai_tensor_list_count(written);
+      for (const RandomTensor* tensor : tensors_) {
+        for (uint32_t i = 0; i < count; ++i) {
+          if (tensor->memory->block != nullptr &&
+              written->tensors[i]->data == tensor->tensor.data) {
+            tensor->memory->block->constant = false;
+          }
+        }
+      }
+    }
+  }
+}
+
 bool RandomNetwork::run() {
+  release_written();
   for (RandomTensor* tensor : tensors_) {
     RandomBlock* block = tensor->memory->block;
     if (block != nullptr && block->constant) {

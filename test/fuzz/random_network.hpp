@@ -77,6 +77,7 @@ class RandomNetwork {
   bool allocate();
   void fill(uint8_t* data, uint64_t bytes, bool floats);
   bool check();
+  void release_written();
   std::vector<ai_buffer> buffers(const std::vector<RandomTensor*>& ports);
 
   Choices choose_;
