@@ -387,6 +387,6 @@ bool RandomNetwork::run() {
   return ran && std::all_of(tensors_.begin(), tensors_.end(), [](const RandomTensor* tensor) {
            const RandomBlock* block = tensor->memory->block;
            return block == nullptr || !block->constant ||
-                  std::memcmp(block->before.data(), block->data.get(), block->bytes) == 0;
+                  std::equal(block->before.begin(), block->before.end(), block->data.get());
          });
 }
