@@ -2,7 +2,6 @@
 #include "core/core_convert.h"
 
 #include <bit>
-#include <cstring>
 #include <type_traits>
 
 #include "kernels/arm_convert.h"
@@ -162,13 +161,5 @@ void node_convert_integer(ai_layer* layer) {
   const uint8_t* in = nnlib::tensor_data<uint8_t>(input);
   uint8_t* out = nnlib::tensor_data<uint8_t>(nnlib::layer_output(*layer));
   const ai_size count = ai_shape_elements(&input.shape);
-  ai_size i = 0;
-  for (uint32_t word; count - i >= sizeof(word); i += sizeof(word)) {
-    std::memcpy(&word, in + i, sizeof(word));
-    word ^= UINT32_C(0x80808080);
-    std::memcpy(out + i, &word, sizeof(word));
-  }
-  for (; i < count; ++i) {
-    out[i] = in[i] ^ 0x80u;
-  }
+  nnlib::map_words(in, out, count, [](uint32_t word) { return word ^ UINT32_C(0x80808080); });
 }

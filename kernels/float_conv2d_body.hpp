@@ -14,14 +14,31 @@ inline bool rows_are_runs(const Conv2d& conv, bool weights_in_place) {
 // (What reads weights in place has little stack, too.)
 constexpr size_t kMostRuns = kPacks ? 16 : NNLIB_FOR_SPEED ? 5 : 3;
 
-// Depth k (tap row, tap column, input channel, in this order) from `first` on, of some columns
-// (output channels).
+// Where the tile of some columns (output channels) is: packed, or the weights in place from tap (0,
+// 0) on.
+inline Tile tile_of(const Conv2d& conv, const Columns& columns, const float* packed) {
+  if (kPacks) {
+    return {packed, columns.vectors * kLanes, kLanes, {1, kLanes}};
+  }
+  return {conv.weights + columns.first * conv.weights_pitch,
+          1,
+          kLanes * conv.weights_pitch,
+          {conv.weights_pitch, columns.lanes}};
+}
+
+// Depth k (tap row, tap column, input channel, in this order) from `first` on, of some columns.
 struct Chunk {
-  size_t first;
-  size_t depth;
+  Chunk(const Conv2d& conv, size_t channel, const float* packed, const float* start)
+      : row_runs(rows_are_runs(conv, !kPacks)),
+        columns(columns_from(channel, conv.out_channels)),
+        tile(tile_of(conv, columns, packed)),
+        bias(start) {}
+
+  size_t first = 0;
+  size_t depth = 0;
   bool row_runs;
   Columns columns;
-  Tile tile;          // packed, or the weights in place from tap (0, 0) on
+  Tile tile;
   const float* bias;  // of the columns, padded to whole vectors; null: sums go on from the output
 };
 
@@ -63,6 +80,30 @@ inline Runs runs_of(const Conv2d& conv, const Chunk& chunk, const Window& rows,
   return runs;
 }
 
+// Where size counts a run is a call of its own: what stands around it would take the registers that
+// its pointers need. Without floating point it is a call's work anyway.
+#if defined(__ARM_FP)
+#define NNLIB_RUN_CALL NNLIB_CALL_FOR_SIZE
+#else
+#define NNLIB_RUN_CALL NNLIB_ALWAYS_INLINE
+#endif
+
+template <size_t P, size_t NV>
+NNLIB_RUN_CALL void add_run(Vec (&sums)[P][NV], const Chunk& chunk, const Line& line,
+                            const float* in, const Runs::Run& run) {
+  Vec acc[P][NV];
+  copy_block(acc, sums);
+  Tile tile = chunk.tile;
+  tile.data += run.tile;
+  if constexpr (kPacks) {
+    accumulate(acc, in + run.in, line.in_pitch, 1, tile, run.depth);
+  } else {
+    accumulate_contiguous(acc, in + run.in, line.in_pitch, tile, run.depth);
+  }
+  copy_block(sums, acc);
+}
+#undef NNLIB_RUN_CALL
+
 template <size_t P, size_t NV>
 NNLIB_ALWAYS_INLINE void conv_block(const Chunk& chunk, const Line& line, const Runs& runs,
                                     size_t pixel) {
@@ -75,14 +116,7 @@ NNLIB_ALWAYS_INLINE void conv_block(const Chunk& chunk, const Line& line, const 
     load_block(acc, out, line.out_pitch, chunk.columns.lanes);
   }
   for (size_t i = 0; i < runs.count; ++i) {
-    const Runs::Run& run = runs.run[i];
-    Tile tile = chunk.tile;
-    tile.data += run.tile;
-    if constexpr (kPacks) {
-      accumulate(acc, in + run.in, line.in_pitch, 1, tile, run.depth);
-    } else {
-      accumulate_contiguous(acc, in + run.in, line.in_pitch, tile, run.depth);
-    }
+    add_run(acc, chunk, line, in, runs.run[i]);
   }
   store_block(out, acc, line.out_pitch, chunk.columns.lanes);
 }
@@ -168,24 +202,16 @@ inline size_t chunk_depth(const Conv2d& conv, bool row_runs, size_t first) {
 
 static void conv2d(const Conv2d& conv) {
   TileBuffer buffer;
-  const bool row_runs = rows_are_runs(conv, !kPacks);
   const size_t total = size_t{conv.y.taps} * conv.x.taps * conv.in_channels;
   for (size_t channel = 0; channel < conv.out_channels;) {
-    const Columns columns = columns_from(channel, conv.out_channels);
     float bias[kTileColumns] = {};
+    Chunk chunk(conv, channel, buffer.data, bias);
+    const Columns& columns = chunk.columns;
     if (conv.bias != nullptr) {
       std::copy_n(conv.bias + columns.first, (columns.vectors - 1) * kLanes + columns.lanes, bias);
     }
-    Tile tile = {buffer.data, columns.vectors * kLanes, kLanes, {1, kLanes}};
-    if (!kPacks) {
-      tile = {conv.weights + columns.first * conv.weights_pitch,
-              1,
-              kLanes * conv.weights_pitch,
-              {conv.weights_pitch, columns.lanes}};
-    }
-    Chunk chunk = {0, 0, row_runs, columns, tile, bias};
     do {
-      chunk.depth = chunk_depth(conv, row_runs, chunk.first);
+      chunk.depth = chunk_depth(conv, chunk.row_runs, chunk.first);
       if (kPacks) {
         pack_weights(buffer.data, conv, columns, chunk.first, chunk.depth);
       }

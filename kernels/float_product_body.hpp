@@ -69,7 +69,7 @@ void row_columns_in_place(const Product& p, size_t column) {
                      {p.b.row_pitch, kLanes}};
   if constexpr (kPacks) {
     accumulate(acc, p.a.data, 0, p.a.k_pitch, tile, p.depth);
-  } else {
+  } else if (p.depth != 0) {
     accumulate_contiguous(acc, p.a.data, 0, tile, p.depth);
   }
   store_block(p.out + column, acc, 0, kLanes);
@@ -160,10 +160,12 @@ void product_row(const Product& p) {
   for (; column + NV * kLanes <= p.columns; column += NV * kLanes) {
     row_columns<Turned, NV>(p, column);
   }
-  for (; column + kLanes <= p.columns; column += kLanes) {
-    row_columns<Turned, 1>(p, column);
+  if constexpr (NV > 1) {
+    for (; column + kLanes <= p.columns; column += kLanes) {
+      row_columns<Turned, 1>(p, column);
+    }
   }
-  if (column < p.columns) {
+  if (kLanes > 1 && column < p.columns) {
     row_columns<Turned, 1>(p, p.columns - kLanes);  // some a second time, with the same result
   }
 }

@@ -10,6 +10,10 @@
 constexpr size_t kBlockSums = 16;
 constexpr size_t kTileVectors = 4;
 constexpr size_t kRowVectors = 8;  // of a single row
+#elif !NNLIB_FOR_SPEED && (defined(__SOFTFP__) || defined(__riscv_float_abi_soft))
+constexpr size_t kBlockSums = 2;  // operations are calls, next to which loads count for little
+constexpr size_t kTileVectors = 1;
+constexpr size_t kRowVectors = 2;
 #elif NNLIB_MVE_FLOAT
 constexpr size_t kBlockSums = 4;
 constexpr size_t kTileVectors = 1;
@@ -90,8 +94,8 @@ NNLIB_ALWAYS_INLINE void accumulate(Vec (&acc)[P][NV], const float* a, size_t ro
   }
 }
 
-// As accumulate, contiguous in a and b: a pointer for each row and vector, which loads move on, so
-// that small cores need no arithmetic for addresses.
+// As accumulate, contiguous in a and b, for a depth of 1 and more: a pointer for each row and
+// vector, which loads move on, so that small cores need no arithmetic for addresses.
 template <size_t P, size_t NV>
 NNLIB_ALWAYS_INLINE void accumulate_contiguous(Vec (&acc)[P][NV], const float* a, size_t row_pitch,
                                                Tile tile, size_t depth) {
@@ -105,7 +109,7 @@ NNLIB_ALWAYS_INLINE void accumulate_contiguous(Vec (&acc)[P][NV], const float* a
   for (size_t v = 0; v < NV; ++v) {
     columns[v] = tile.data + v * tile.vector_pitch;
   }
-  for (; depth != 0; --depth) {
+  do {
     Vec w[NV];
     NNLIB_UNROLL
     for (size_t v = 0; v < NV; ++v) {
@@ -118,6 +122,17 @@ NNLIB_ALWAYS_INLINE void accumulate_contiguous(Vec (&acc)[P][NV], const float* a
       for (size_t v = 0; v < NV; ++v) {
         acc[p][v] = multiply_add(acc[p][v], x, w[v]);
       }
+    }
+  } while (--depth != 0);
+}
+
+template <size_t P, size_t NV>
+NNLIB_ALWAYS_INLINE void copy_block(Vec (&to)[P][NV], const Vec (&from)[P][NV]) {
+  NNLIB_UNROLL
+  for (size_t p = 0; p < P; ++p) {
+    NNLIB_UNROLL
+    for (size_t v = 0; v < NV; ++v) {
+      to[p][v] = from[p][v];
     }
   }
 }

@@ -4,6 +4,7 @@
 #define NNLIB_KERNELS_MAP_ELEMENTS_HPP
 
 #include <cstdint>
+#include <cstring>
 
 #include "kernels/vector.hpp"
 
@@ -12,7 +13,8 @@ namespace nnlib {
 // Elements of a round of the loop; where there are vectors, the compiler's own choice is better.
 inline constexpr uint32_t kRound = NNLIB_VECTOR_LANES == 1 && NNLIB_FOR_SPEED ? 8 : 1;
 
-// One after the other: out[i] = function(in[i]). The output may be the input.
+// One after the other: out[i] = function(in[i]). The output may be the input. (For size, a loop
+// that ends with its condition takes one branch a round.)
 template <class In, class Out, class Function>
 void map_elements(const In* in, Out* out, uint32_t count, Function function) {
   for (; kRound > 1 && count >= kRound; count -= kRound, in += kRound, out += kRound) {
@@ -21,8 +23,33 @@ void map_elements(const In* in, Out* out, uint32_t count, Function function) {
       out[i] = function(in[i]);
     }
   }
-  for (const In* stop = in + count; in != stop; ++in, ++out) {
-    *out = function(*in);
+  if (count != 0) {
+    const In* stop = in + count;
+    do {
+      *out++ = function(*in++);
+    } while (in != stop);
+  }
+}
+
+// The same for bytes, four at a time, by a function of a word; those behind the last whole word
+// pass through a word as well.
+template <class T, class Function>
+NNLIB_ALWAYS_INLINE void map_words(const T* in, T* out, uint32_t count, Function function) {
+  uint32_t word = 0;
+  if (count >= sizeof(word)) {
+    const T* stop = in + count / sizeof(word) * sizeof(word);
+    do {
+      std::memcpy(&word, in, sizeof(word));
+      word = function(word);
+      std::memcpy(out, &word, sizeof(word));
+      in += sizeof(word);
+      out += sizeof(word);
+    } while (in != stop);
+  }
+  if (count %= sizeof(word); count != 0) {
+    std::memcpy(&word, in, count);
+    word = function(word);
+    std::memcpy(out, &word, count);
   }
 }
 

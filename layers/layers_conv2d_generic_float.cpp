@@ -232,14 +232,18 @@ NNLIB_NOINLINE void apply_to_row(const ai_layer_conv2d& layer, float* row) {
                             map_dims(layer_output(layer.base)).channels);
 }
 
-// (What a row needs for a moment, pool_row and apply_to_row look up again: the convolution's stack
-// comes on top of this one.)
+// (What is needed for a moment only, calls like this look up again: the convolution's stack comes
+// on top of the caller's.)
+NNLIB_NOINLINE uint32_t convolved_rows(const ai_layer_conv2d& layer) {
+  return filter_y(layer).outputs(map_dims(layer_input(layer.base)).height,
+                                 layer.filter_pad.data[kPadBottom]);
+}
+
 void convolve_and_pool(const ai_layer_conv2d_nl_pool& layer, const ai_array& scratch, float* to,
                        uint32_t width) {
   Convolution c = convolution_of(layer.base, 1, nullptr, width, 1);
   const MapDims out = map_dims(layer_output(layer.base.base));
-  const uint32_t height =
-      filter_y(layer.base).outputs(c.conv.y.in, layer.base.filter_pad.data[kPadBottom]);
+  const uint32_t height = convolved_rows(layer.base);
   const uint32_t row_length = width * out.channels;
   const RowWindow window = {static_cast<uint8_t*>(scratch.data), row_length * sizeof(float),
                             row_length == 0 ? 0 : scratch.size / row_length};
@@ -319,7 +323,6 @@ ai_size ai_conv2d_nl_pool_scratch_size(const ai_layer_conv2d_nl_pool* layer) {
   const ai_layer_conv2d& conv = layer->base;
   const MapDims in = map_dims(layer_input(conv.base));
   const uint32_t width = filter_x(conv).outputs(in.width, conv.filter_pad.data[kPadRight]);
-  const uint32_t height = filter_y(conv).outputs(in.height, conv.filter_pad.data[kPadBottom]);
-  const uint32_t rows = std::min(layer->pool_size[1], height);
+  const uint32_t rows = std::min(layer->pool_size[1], convolved_rows(conv));
   return width * rows * map_dims(layer_output(conv.base)).channels;
 }

@@ -36,8 +36,11 @@ void map(ai_array* out_array, const ai_array* in_array, ai_size size, Op op) {
       }
     }
   }
-  for (; size > 0; --size) {
-    out[size - 1] = op(in[size - 1], size - 1);
+  if (size > 0) {
+    do {
+      --size;
+      out[size] = op(in[size], size);
+    } while (size > 0);
   }
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Functions of bytes one at a time, or in the compiler's vectors.
 
+#include "kernels/scalar/keep.hpp"
 #include "kernels/scalar/look_up.hpp"
 
 template <class T>
