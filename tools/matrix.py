@@ -43,12 +43,12 @@ def number(pattern, text):
 
 
 def instructions(target, directory):
-    """Of the first layer that is counted, in each type."""
+    """Of the first layer that is counted, in some types."""
     if target not in count.MACHINES:
         return "-"
-    counts = count.count(target, directory)
+    counts = count.count(target, directory, "count_layers")
     first = next(iter(counts))[0]
-    return ", ".join("%.1f" % n for (layer, _), n in counts.items() if layer == first)
+    return ", ".join("%.2f" % counts[first, kind] for kind in ("float", "Q7", "int8 per channel"))
 
 
 def row(target, optimisation):
