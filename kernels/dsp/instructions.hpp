@@ -55,34 +55,30 @@ constexpr uint32_t four_times(int32_t value) {
   return static_cast<uint8_t>(value) * uint32_t{0x01010101};
 }
 
-// Of each byte or 16-bit value of `a`, as T is, that is at least that of `b` the one of `yes`, of
-// others that of `no`.
-#define NNLIB_SELECT(subtract)                     \
-  __asm__(subtract " %0, %1, %2\n\tsel %0, %3, %4" \
-          : "=&r"(selected)                        \
-          : "r"(a), "r"(b), "r"(yes), "r"(no))
-template <class T>
-NNLIB_ALWAYS_INLINE uint32_t select_lanes(uint32_t a, uint32_t b, uint32_t yes, uint32_t no) {
-  uint32_t selected;
-  if constexpr (sizeof(T) == 2) {
-    static_assert(std::is_signed_v<T>);
-    NNLIB_SELECT("ssub16");
-  } else if constexpr (std::is_signed_v<T>) {
-    NNLIB_SELECT("ssub8");
-  } else {
-    NNLIB_SELECT("usub8");
-  }
-  return selected;
-}
-#undef NNLIB_SELECT
+// The greater and the lesser of each byte or 16-bit value, as T is.
+#define NNLIB_SELECT(subtract, select) \
+  __asm__(subtract " %1, %0, %2\n\tsel " select : "+r"(a), "=&r"(difference) : "r"(b))
+#define NNLIB_SELECT_LANES(select)            \
+  uint32_t difference;                        \
+  if constexpr (sizeof(T) == 2) {             \
+    static_assert(std::is_signed_v<T>);       \
+    NNLIB_SELECT("ssub16", select);           \
+  } else if constexpr (std::is_signed_v<T>) { \
+    NNLIB_SELECT("ssub8", select);            \
+  } else {                                    \
+    NNLIB_SELECT("usub8", select);            \
+  }                                           \
+  return a
 template <class T>
 NNLIB_ALWAYS_INLINE uint32_t greater_lanes(uint32_t a, uint32_t b) {
-  return select_lanes<T>(a, b, a, b);
+  NNLIB_SELECT_LANES("%0, %0, %2");
 }
 template <class T>
 NNLIB_ALWAYS_INLINE uint32_t lesser_lanes(uint32_t a, uint32_t b) {
-  return select_lanes<T>(a, b, b, a);
+  NNLIB_SELECT_LANES("%0, %2, %0");
 }
+#undef NNLIB_SELECT_LANES
+#undef NNLIB_SELECT
 
 // The low halves of a and b, and their high ones.
 NNLIB_ALWAYS_INLINE uint32_t low_halves(uint32_t a, uint32_t b) {

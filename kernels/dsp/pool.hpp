@@ -8,10 +8,13 @@ constexpr uint32_t kMostBytes = 255;
 template <class Fold>
 constexpr bool kIsMax = std::is_base_of_v<IntegerMax, Fold>;
 
+// Sums of bytes are widened after some rows; where size counts, only at the end.
 template <class Fold, class T>
 constexpr bool is_narrow(const Window& rows, const Window& columns) {
-  return kIsMax<Fold> || (uint64_t{rows.count} * columns.count <= 65535 &&
-                          (sizeof(T) != 1 || columns.count <= kMostBytes));
+  const uint64_t cells = uint64_t{rows.count} * columns.count;
+  return kIsMax<Fold> ||
+         (cells <= 65535 &&
+          (sizeof(T) != 1 || (NNLIB_FOR_SPEED ? columns.count : cells) <= kMostBytes));
 }
 
 // The cells of a window that is not empty: how far it is from column to column and from row to row.
@@ -32,6 +35,15 @@ NNLIB_ALWAYS_INLINE uint32_t load_channels(const T* from, uint32_t channels) {
     word = word << (8 * sizeof(T)) | static_cast<std::make_unsigned_t<T>>(from[i]);
   }
   return word;
+}
+
+template <bool kWhole, class T>
+NNLIB_ALWAYS_INLINE void store_channels(T* to, uint32_t channels, uint32_t word) {
+  if (kWhole || channels == 4 / sizeof(T)) {
+    dsp::store_word(to, word);
+  } else {
+    std::memcpy(to, &word, channels * sizeof(T));
+  }
 }
 
 // kColumns: how many columns there are; 0: as many as the cells say. Returns where the next row is.
@@ -57,22 +69,23 @@ NNLIB_ALWAYS_INLINE const T* for_cells(const PoolCells& cells, const T* in, uint
   return in;
 }
 
-// The maxima of a word of channels.
-template <uint32_t kColumns, class T, class Finish, class Load>
+// The maxima of some words of channels, not yet finished.
+template <bool kWhole, uint32_t kColumns, uint32_t kWords, class T, class Load>
 NNLIB_ALWAYS_INLINE void pool_maxima(const PoolCells& cells, const T* in, uint32_t channels, T* out,
-                                     const Finish& finish, const Load& load) {
+                                     const Load& load) {
   constexpr T kLeast = std::numeric_limits<T>::min();
-  uint32_t most = sizeof(T) == 1 ? dsp::four_times(kLeast) : dsp::twice(kLeast);
+  uint32_t most[kWords];
+  std::fill_n(most, kWords, sizeof(T) == 1 ? dsp::four_times(kLeast) : dsp::twice(kLeast));
   for_cells<kColumns>(
       cells, in, cells.rows, [&](const T* at) __attribute__((always_inline)) {
-        most = dsp::greater_lanes<T>(most, load(at));
+        NNLIB_UNROLL
+        for (uint32_t word = 0; word < kWords; ++word) {
+          most[word] = dsp::greater_lanes<T>(most[word], load(at + word * (4 / sizeof(T))));
+        }
       });
-  if (finish.is_exact() && channels == 4 / sizeof(T)) {
-    dsp::store_word(out, most);
-    return;
-  }
-  for (uint32_t i = 0; i < channels; ++i, most >>= 8 * sizeof(T)) {
-    out[i] = finish(static_cast<T>(most), cells.rows * cells.columns);
+  NNLIB_UNROLL
+  for (uint32_t word = 0; word < kWords; ++word) {
+    store_channels<kWhole>(out + word * (4 / sizeof(T)), channels, most[word]);
   }
 }
 
@@ -89,7 +102,7 @@ __attribute__((noinline)) void finish_each(FourSums of, uint32_t channels, uint3
 
 // The means of four channels of bytes.
 template <class Fold, uint32_t kColumns, class T, class Finish, class Load>
-NNLIB_ALWAYS_INLINE void pool_means(const PoolCells& cells, const T* in, uint32_t channels, T* out,
+NNLIB_ALWAYS_INLINE void pool_means(PoolCells& cells, const T* in, uint32_t channels, T* out,
                                     const Finish& finish, const Load& load) {
   using Half = std::conditional_t<std::is_signed_v<T>, int16_t, uint16_t>;
   using Word = std::conditional_t<std::is_signed_v<T>, int32_t, uint32_t>;
@@ -97,13 +110,17 @@ NNLIB_ALWAYS_INLINE void pool_means(const PoolCells& cells, const T* in, uint32_
   int32_t sums[4] = {};
   uint32_t left = cells.rows;
   do {
-    const uint32_t rows = std::min(left, cells.rows_at_once);
+    const uint32_t rows = NNLIB_FOR_SPEED ? std::min(left, cells.rows_at_once) : left;
     uint32_t even = 0, odd = 0;
     in = for_cells<kColumns>(
         cells, in, rows, [&](const T* at) __attribute__((always_inline)) {
           const uint32_t bytes = load(at);
           even = dsp::even_bytes<T>(even, bytes);
           odd = dsp::odd_bytes<T>(odd, bytes);
+          if constexpr (!NNLIB_FOR_SPEED) {
+            // (What seems to change stays in a register. GCC would load it in each round.)
+            __asm__("" : "+r"(cells.step));
+          }
         });
     sums[0] += static_cast<Half>(even);
     sums[1] += static_cast<Half>(odd);
@@ -123,14 +140,18 @@ NNLIB_ALWAYS_INLINE void pool_means(const PoolCells& cells, const T* in, uint32_
   }
 }
 
+// Words of a round: where size counts, a loop over the columns is shared by two.
+template <class Fold>
+constexpr uint32_t kPoolWords = kIsMax<Fold> && !NNLIB_FOR_SPEED ? 2 : 1;
+
 template <class Fold, bool kWhole, uint32_t kColumns, class T, class Finish>
-NNLIB_ALWAYS_INLINE void pool_word(const PoolCells& cells, const T* in, uint32_t channels, T* out,
+NNLIB_ALWAYS_INLINE void pool_word(PoolCells& cells, const T* in, uint32_t channels, T* out,
                                    const Finish& finish) {
   const auto load = [channels](const T* at) __attribute__((always_inline)) {
     return load_channels<kWhole>(at, channels);
   };
   if constexpr (kIsMax<Fold>) {
-    pool_maxima<kColumns>(cells, in, channels, out, finish, load);
+    pool_maxima<kWhole, kColumns, kWhole ? kPoolWords<Fold> : 1>(cells, in, channels, out, load);
   } else {
     pool_means<Fold, kColumns>(cells, in, channels, out, finish, load);
   }
@@ -140,8 +161,8 @@ NNLIB_ALWAYS_INLINE void pool_word(const PoolCells& cells, const T* in, uint32_t
 template <class Fold, uint32_t kColumns, class T, class Finish>
 __attribute__((noinline)) uint32_t pool_words(const PoolCells& of, const T* in, T* out,
                                               const Finish& finish) {
-  constexpr uint32_t kLanes = 4 / sizeof(T);
-  const PoolCells cells = of;
+  constexpr uint32_t kLanes = kPoolWords<Fold> * 4 / sizeof(T);
+  PoolCells cells = of;
   const uint32_t channels = static_cast<uint32_t>(cells.step) & ~(kLanes - 1);
   for (T* stop = out + channels; out != stop; in += kLanes, out += kLanes) {
     pool_word<Fold, true, kColumns>(cells, in, kLanes, out, finish);
@@ -159,19 +180,26 @@ uint32_t pool_narrow(const PoolGeometry& g, const Window& rows, const Window& co
   } else {
     const size_t step = g.channels;
     const uint32_t count = rows.count * columns.count;
-    const PoolCells cells = {step, step * g.in_width, rows.count, columns.count,
-                             count <= kMostBytes ? rows.count : kMostBytes / columns.count};
+    PoolCells cells = {step, step * g.in_width, rows.count, columns.count,
+                       count <= kMostBytes ? rows.count : kMostBytes / columns.count};
     in += rows.begin * cells.pitch + columns.begin * step;
+    uint32_t channel;
     if constexpr (!NNLIB_FOR_SPEED) {
-      return pool_words<Fold, 0>(cells, in, out, finish);
+      channel = pool_words<Fold, 0>(cells, in, out, finish);
     } else {
-      const uint32_t channel = columns.count == 2   ? pool_words<Fold, 2>(cells, in, out, finish)
-                               : columns.count == 3 ? pool_words<Fold, 3>(cells, in, out, finish)
-                                                    : pool_words<Fold, 0>(cells, in, out, finish);
+      channel = columns.count == 2   ? pool_words<Fold, 2>(cells, in, out, finish)
+                : columns.count == 3 ? pool_words<Fold, 3>(cells, in, out, finish)
+                                     : pool_words<Fold, 0>(cells, in, out, finish);
       if (channel < g.channels) {
         pool_word<Fold, false, 0>(cells, in + channel, g.channels - channel, out + channel, finish);
+        channel = g.channels;
       }
-      return g.channels;
     }
+    if constexpr (kIsMax<Fold>) {
+      for (uint32_t i = 0; i < channel && !finish.is_exact(); ++i) {
+        out[i] = finish(out[i], count);
+      }
+    }
+    return channel;
   }
 }
