@@ -53,7 +53,7 @@ std::vector<float> run(const Row& row, bool fixed = false) {
   T in_data[] = {10, 20}, out_data[2] = {}, limits[] = {15, 18};
   W weight_data[] = {1, 2, 3, 4};
   float from[] = {1.6f, 2.4f}, to[2] = {};
-  uint32_t none[4] = {}, scratch_data[16];
+  uint32_t none[4] = {}, scratch_data[16] = {};
   const nnlib::dims pixel = {1, 2, 1, 1};
   nnlib::tensor in(pixel, in_data, 0, fixed ? nullptr : &q);
   nnlib::tensor out(pixel, out_data, 0, fixed ? nullptr : &q);
