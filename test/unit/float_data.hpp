@@ -20,7 +20,7 @@ inline std::vector<float> irregular_floats(size_t count, uint32_t seed) {
 
 // sum + a * b as the kernels of a build round it that fuses such sums, or does not.
 inline float plus_product(float sum, float a, float b) {
-#if defined(TEST_FUSED_KERNELS)
+#if defined(TEST_FUSED_KERNELS) && (defined(__FP_FAST_FMAF) || defined(__ARM_FEATURE_FMA))
   return std::fma(a, b, sum);
 #else
   return sum + a * b;

@@ -6,10 +6,9 @@
 #include <cmath>
 
 #include "core/ai_math_helpers.h"
-#include "kernels/vector.hpp"
 #include "layers/layers_rnn_generic_float.h"
 #include "nnlib.h"
-#include "test/unit/float_data.hpp"
+#include "test/unit/float_sweep.hpp"
 
 namespace {
 
@@ -60,7 +59,7 @@ struct Order {
 float dot(const float* a, const float* b, uint32_t n) {
   float sum = 0.0f;
   for (uint32_t k = 0; k < n; ++k) {
-    sum += a[k] * b[k];
+    sum = plus_product(sum, a[k], b[k]);
   }
   return sum;
 }
@@ -192,12 +191,11 @@ TEST(Rnn, ForwardFunctionsGiveTheBitsOfTheEquations) {
       const Order order = {model.T > 1 && (options & 1) != 0, (options & 2) != 0,
                            (options & 4) != 0};
       const std::vector<float> steps = model.naive(order.go_backwards);
-      for (const bool wide : {false, true}) {
-        nnlib::vector_allow_wide(wide);
+      with_each_instance([&] {
         heap = {};
-        EXPECT_TRUE(model.matches(model.forward(order), steps, order)) << options << " " << wide;
+        EXPECT_TRUE(model.matches(model.forward(order), steps, order)) << options;
         EXPECT_TRUE(heap.given == 1 && heap.returned == 1 && heap.bytes == states);
-      }
+      });
     }
   });
 }
