@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Linked with tests that compare bits where the build fuses: on x86 only wide vectors do, and by the
-// number of columns. They stay off.
+// Linked with tests that compare bits where the build fuses: on x86 only wide vectors do, and by
+// the number of columns. They stay off.
 #include <gtest/gtest.h>
 
 #include "kernels/vector.hpp"
