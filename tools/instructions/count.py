@@ -55,7 +55,9 @@ def count(target, directory, program):
 
 
 def build(target, level, fused):
-    directory = ROOT / "build" / ("count-%s-%s%s" % (target, level, "-fused" if fused else ""))
+    """Configures; at -O2 the folder is that of the preset, where most is built already."""
+    name = ("fused-" if fused else "") + target + ("" if level == "O2" else "-" + level)
+    directory = ROOT / "build" / name
     run("cmake", "--preset", target, "-B", directory, "-DCMAKE_CXX_FLAGS_RELEASE=-" + level,
         "-DNNLIB_FUSED_MULTIPLY_ADD=" + ("ON" if fused else "OFF"))
     return directory
