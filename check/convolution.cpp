@@ -63,18 +63,6 @@ void check_groups(LayerCheck& check) {
   }
 }
 
-// The forms that the integer kernels have.
-void check_integer_types(LayerCheck& check) {
-  const ai_tensor* input = check.sound(AI_CHAIN_INPUT);
-  const ai_tensor* weights = check.sound(AI_CHAIN_WEIGHTS);
-  if (input != nullptr && weights != nullptr && ai_fmt_is_signed(input->data->format) &&
-      !ai_fmt_is_signed(weights->data->format)) {
-    Finding(check.report()) << "input 0 is " << FormatName{input->data->format}
-                            << ", weights 0 are " << FormatName{weights->data->format}
-                            << ": the function hangs";
-  }
-}
-
 // Q15 convolutions are square in everything.
 void check_square(LayerCheck& check, const ConvolutionWays& ways) {
   const ai_tensor* input = check.sound(AI_CHAIN_INPUT);
@@ -119,9 +107,7 @@ void check_bias_bits(LayerCheck& check) {
 
 void check_kind_of_convolution(LayerCheck& check, const ConvolutionWays& ways) {
   check_groups(check);
-  if (is_kind(check, 'i')) {
-    check_integer_types(check);
-  } else if (is_kind(check, 'q')) {
+  if (is_kind(check, 'q')) {
     check_square(check, ways);
     check_bias_bits(check);
   }

@@ -203,7 +203,9 @@ void check_convert(LayerCheck& check) {
   const bool from_float = ai_fmt_get_type_id(ends.from()) == AI_FORMAT_TYPE_FLOAT;
   const uint32_t quantized = from_float ? AI_CHAIN_OUTPUT : AI_CHAIN_INPUT;
   check_kind(check, {from_float ? AI_CHAIN_INPUT : AI_CHAIN_OUTPUT, 0}, 'f');
-  check_kind(check, {quantized, 0}, check.tensor(quantized)->klass != nullptr ? 'i' : 'q');
+  const char kind = check.tensor(quantized)->klass != nullptr ? 'i' : 'q';
+  check_kind(check, {quantized, 0}, kind);
+  check_linked(check, {quantized, 0}, kind);
 }
 
 void check_convert_fixed(LayerCheck& check) {

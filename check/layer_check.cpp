@@ -209,6 +209,7 @@ void LayerCheck::run() {
     check_list(AI_CHAIN_OUTPUT, rule_->outputs);
     check_list(AI_CHAIN_WEIGHTS, weights_rules());
     check_list(AI_CHAIN_SCRATCH, rule_->scratch);
+    check_integer_types(*this);
     check_overlaps(*this);
   }
   if (rule_->details != nullptr) {

@@ -121,6 +121,13 @@ void check_records(LayerCheck& check, TensorName name, bool free_pitch);
 // Format and quantization record against the kind letter of a rule.
 void check_kind(LayerCheck& check, TensorName name, char kind);
 
+// The types of a function that has an instance for each pair of them: those of products, or those
+// of input 0.
+void check_integer_types(LayerCheck& check);
+
+// Whether the build has the elements of a sound tensor of kind 'q', or of integers.
+void check_linked(LayerCheck& check, TensorName name, char kind);
+
 // Outputs, inputs, weights and scratch that share memory.
 void check_overlaps(LayerCheck& check);
 

@@ -62,10 +62,7 @@ void check_dense(LayerCheck& check) {
   if (kind != 'f') {
     check_u16_sizes(check);
   }
-  if (kind == 'i' && ai_fmt_is_signed(in) && !ai_fmt_is_signed(w)) {
-    Finding(check.report()) << "input 0 is " << FormatName{in} << ", weights 0 are "
-                            << FormatName{w} << ": the function hangs";
-  } else if (kind == 'q' && ai_fmt_get_bits(in) == 8 && ai_fmt_get_bits(w) == 16) {
+  if (kind == 'q' && ai_fmt_get_bits(in) == 8 && ai_fmt_get_bits(w) == 16) {
     Finding(check.report()) << "input 0 has 8 bits, weights 0 have 16: the function hangs";
   }
   const ai_tensor* bias = check.sound(AI_CHAIN_WEIGHTS, 1);
