@@ -31,14 +31,15 @@ void map_elements(const In* in, Out* out, uint32_t count, Function function) {
   }
 }
 
-// The same for bytes, four at a time, by a function of a word; those behind the last whole word
-// pass through a word as well.
+// The same for bytes, four at a time, by a function of a word; leaves those behind the last whole
+// word.
 template <class T, class Function>
-NNLIB_ALWAYS_INLINE void map_words(const T* in, T* out, uint32_t count, Function function) {
-  uint32_t word = 0;
-  if (count >= sizeof(word)) {
-    const T* stop = in + count / sizeof(word) * sizeof(word);
+NNLIB_ALWAYS_INLINE void map_whole_words(const T*& in, T*& out, uint32_t& count,
+                                         Function function) {
+  if (count >= sizeof(uint32_t)) {
+    const T* stop = in + count / sizeof(uint32_t) * sizeof(uint32_t);
     do {
+      uint32_t word;
       std::memcpy(&word, in, sizeof(word));
       word = function(word);
       std::memcpy(out, &word, sizeof(word));
@@ -46,7 +47,15 @@ NNLIB_ALWAYS_INLINE void map_words(const T* in, T* out, uint32_t count, Function
       out += sizeof(word);
     } while (in != stop);
   }
-  if (count %= sizeof(word); count != 0) {
+  count %= sizeof(uint32_t);
+}
+
+// Those pass through a word as well.
+template <class T, class Function>
+NNLIB_ALWAYS_INLINE void map_words(const T* in, T* out, uint32_t count, Function function) {
+  map_whole_words(in, out, count, function);
+  if (count != 0) {
+    uint32_t word = 0;
     std::memcpy(&word, in, count);
     word = function(word);
     std::memcpy(out, &word, count);

@@ -21,7 +21,7 @@ constexpr bool is_narrow(const Window& rows, const Window& columns) {
 struct PoolCells {
   size_t step, pitch;
   uint32_t rows, columns;
-  uint32_t rows_at_once;  // of at most kMostBytes cells
+  uint32_t rows_at_once;  // of at most kMostBytes cells; for speed
 };
 
 // A word's channels, or the first of them.
@@ -180,8 +180,10 @@ uint32_t pool_narrow(const PoolGeometry& g, const Window& rows, const Window& co
   } else {
     const size_t step = g.channels;
     const uint32_t count = rows.count * columns.count;
-    PoolCells cells = {step, step * g.in_width, rows.count, columns.count,
-                       count <= kMostBytes ? rows.count : kMostBytes / columns.count};
+    PoolCells cells = {step, step * g.in_width, rows.count, columns.count, rows.count};
+    if (NNLIB_FOR_SPEED && count > kMostBytes) {
+      cells.rows_at_once = kMostBytes / columns.count;
+    }
     in += rows.begin * cells.pitch + columns.begin * step;
     uint32_t channel;
     if constexpr (!NNLIB_FOR_SPEED) {
@@ -196,8 +198,8 @@ uint32_t pool_narrow(const PoolGeometry& g, const Window& rows, const Window& co
       }
     }
     if constexpr (kIsMax<Fold>) {
-      for (uint32_t i = 0; i < channel && !finish.is_exact(); ++i) {
-        out[i] = finish(out[i], count);
+      if (!finish.is_exact()) {
+        std::transform(out, out + channel, out, [&](T most) { return finish(most, count); });
       }
     }
     return channel;
