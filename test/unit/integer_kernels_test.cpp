@@ -113,14 +113,18 @@ TEST(AlignFactor, NormalisesToOneHalfUpToOne) {
 }
 
 TEST(AlignFactor, OfChannelsMultipliesBeforeItDivides) {
-  const float scales[] = {0.1f, 3.3e-3f, 7.0f, 0.0123f};
-  int32_t multipliers[4];
-  int16_t shifts[4];
-  align_factor_ch(0.7f, 0.3f, scales, 4, multipliers, shifts);
-  for (int i = 0; i < 4; ++i) {
-    uint16_t shift = 0;
-    EXPECT_EQ(align_factor((scales[i] * 0.7f) / 0.3f, &shift), multipliers[i]);
-    EXPECT_EQ(static_cast<int16_t>(shift), shifts[i]);
+  using limits = std::numeric_limits<float>;
+  for (const float one : {0.5f, limits::min(), limits::denorm_min(), limits::max(), 0.0f, -0.25f,
+                          static_cast<float>(INFINITY), static_cast<float>(NAN)}) {
+    const float scales[] = {0.1f, 3.3e-3f, 7.0f, 0.0123f, 0.3f / 0.7f, one, 1.5e-4f, 4.0f, 1.7f};
+    int32_t multipliers[9];
+    int16_t shifts[9];
+    align_factor_ch(0.7f, 0.3f, scales, 9, multipliers, shifts);
+    for (int i = 0; i < 9; ++i) {
+      uint16_t shift = 0;
+      EXPECT_EQ(align_factor((scales[i] * 0.7f) / 0.3f, &shift), multipliers[i]) << i << " " << one;
+      EXPECT_EQ(static_cast<int16_t>(shift), shifts[i]) << i << " " << one;
+    }
   }
 }
 
