@@ -3,7 +3,7 @@
  *
  * The clock is the application's. Here it is the cycle counter of a Cortex-M3 and above where that
  * counts, else SysTick (an emulator has only that), the cycle counter of a RISC-V core without an
- * operating system, and on a host the monotonic clock.
+ * operating system, and on a host the monotonic clock (on Windows the time of day).
  */
 #define _POSIX_C_SOURCE 199309L /* for clock_gettime */
 #include <stdio.h>

@@ -21,9 +21,10 @@
 #ifndef NNLIB_KERNELS_INSTRUCTION_SET_HPP
 #define NNLIB_KERNELS_INSTRUCTION_SET_HPP
 
-// The DSP extension of Arm, in code that Thumb-2 can encode and on any address.
-#if defined(__ARM_FEATURE_SIMD32) && defined(__thumb2__) && defined(__ARM_FEATURE_UNALIGNED) && \
-    !defined(__ARM_BIG_ENDIAN)
+// The DSP extension of Arm, in code that Thumb-2 can encode and on any address. (Its blocks of
+// assembly need a compiler that optimises: else there are not registers enough.)
+#if defined(__OPTIMIZE__) && defined(__ARM_FEATURE_SIMD32) && defined(__thumb2__) && \
+    defined(__ARM_FEATURE_UNALIGNED) && !defined(__ARM_BIG_ENDIAN)
 #include "kernels/dsp/instructions.hpp"
 #if __ARM_FEATURE_MVE & 1
 #include <arm_mve.h>

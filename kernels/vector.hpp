@@ -41,6 +41,10 @@
 #define NNLIB_MVE_FLOAT 0
 #endif
 
+#if NNLIB_MVE_FLOAT
+#include <arm_mve.h>
+#endif
+
 // A build may set NNLIB_VECTOR_LANES to 1: no vectors at all.
 #if !defined(NNLIB_VECTOR_LANES)
 #if NNLIB_MVE_FLOAT || \

@@ -87,8 +87,8 @@ NNLIB_NOINLINE void depthwise_map(const ConvGeometry& g, const WholeWindows& who
     const Window rows = g.rows(y);
     const Activation* row = in + rows.begin * (step * g.in_width);
     const auto* weights = block.weights + rows.tap * (lanes * g.kernel_width);
-    LaneTaps taps = {step,  step * g.in_width,     rows.count, 0, weights,
-                     lanes, lanes * g.kernel_width};
+    LaneTaps<std::remove_cvref_t<decltype(*weights)>> taps = {
+        step, step * g.in_width, rows.count, 0, weights, lanes, lanes * g.kernel_width};
     for (uint32_t x = 0; x < g.out_width;) {
       const Window columns = g.columns(x);
       const Activation* first = row + columns.begin * step;

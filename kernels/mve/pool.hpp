@@ -28,7 +28,7 @@ struct PoolCells {
 // The maxima of the channels in `lanes`. kAll: these are all.
 template <bool kAll, class T>
 NNLIB_ALWAYS_INLINE auto max_of_cells(const PoolCells& cells, const T* in, mve_pred16_t lanes) {
-  const auto load = [lanes](const T* from) {
+  const auto load = [&](const T* from) {
     if constexpr (kAll) {
       return vld1q(from);
     } else {

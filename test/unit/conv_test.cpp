@@ -237,7 +237,7 @@ TEST(Conv2d, SameBitsAsTheFormula) {
     const auto expected = naive_map(s, data, height, width, naive_output);
     with_each_instance([&] {
       Layer layer(forward_conv2d, s, data, width, height);
-      ASSERT_TRUE(same_bits(expected, layer.run())) << testing::PrintToString(s);
+      ASSERT_TRUE(same_floats(expected, layer.run())) << testing::PrintToString(s);
     });
   }
 }
@@ -251,7 +251,7 @@ TEST(Conv2d, TransposeSameBitsAsTheFormula) {
     const auto expected = naive_map(s, data, height, width, naive_transposed_output);
     with_each_instance([&] {
       Layer layer(forward_conv2d_transpose, s, data, width, height);
-      ASSERT_TRUE(same_bits(expected, layer.run())) << testing::PrintToString(s);
+      ASSERT_TRUE(same_floats(expected, layer.run())) << testing::PrintToString(s);
     });
   }
 }
@@ -269,7 +269,7 @@ TEST(Conv2d, DepthwiseWeightsInTheOrdinaryOrder) {
   }
   s.depthwise = false;
   Layer layer(forward_conv2d, s, data, s.x.convolved(), s.y.convolved());
-  EXPECT_TRUE(same_bits(expected, layer.run()));
+  EXPECT_TRUE(same_floats(expected, layer.run()));
 }
 
 // Dictionary weights: every row of a tap's channels starts on a byte of its own.
@@ -302,7 +302,7 @@ TEST(Conv2d, ExpandsIndicesOnEveryCall) {
                                        nnlib::list(scratch));
         layer.record.base.tensor_chain = &chain;
         EXPECT_EQ(ai_conv2d_scratch_size(&layer.record), data.weights.size());
-        EXPECT_TRUE(same_bits(expected, layer.run())) << bits << " bits, channels " << channels;
+        EXPECT_TRUE(same_floats(expected, layer.run())) << bits << " bits, channels " << channels;
         EXPECT_EQ(expanded.back(), 77.0f);
       };
       uint32_t width = s.x.convolved(), height = s.y.convolved();
@@ -393,7 +393,7 @@ TEST(Conv2d, StrideAndDilationOfZero) {
     const auto expected = naive_map(s, data, height, width, naive_output);
     with_each_instance([&] {
       Layer layer(forward_conv2d, s, data, width, height);
-      ASSERT_TRUE(same_bits(expected, layer.run())) << testing::PrintToString(s);
+      ASSERT_TRUE(same_floats(expected, layer.run())) << testing::PrintToString(s);
     });
   }
 }
@@ -406,7 +406,7 @@ TEST(Conv2d, ZeroWhereNoStrideOrDilationIsNeeded) {
   Data data(s, random);
   auto expected = naive_map(s, data, 5, 2, naive_transposed_output);
   s.x.stride = s.y.dilation = 0;
-  EXPECT_TRUE(same_bits(expected, Layer(forward_conv2d_transpose, s, data, 2, 5).run()));
+  EXPECT_TRUE(same_floats(expected, Layer(forward_conv2d_transpose, s, data, 2, 5).run()));
 
   s.x = {3, 3, 0, 1, 0, 0};
   s.y = {4, 2, 1, 2, 0, 0};
@@ -424,7 +424,7 @@ TEST(Conv2d, ZeroWhereNoStrideOrDilationIsNeeded) {
                                  nnlib::list(layer.weights, layer.bias), nnlib::list(window));
   fused.base.base.tensor_chain = &chain;
   forward_conv2d_nl_pool(&fused.base.base);
-  EXPECT_TRUE(same_bits(expected, layer.out_data));
+  EXPECT_TRUE(same_floats(expected, layer.out_data));
 }
 
 namespace {
@@ -498,7 +498,7 @@ TEST(Conv2dNlPool, SameBitsAsTheStepsInSequence) {
     fused.base.base.tensor_chain = &chain;
     pool_calls = {function, &scratch.array, layer.out_data.data(), s, x, y, 0};
     forward_conv2d_nl_pool(&fused.base.base);
-    ASSERT_TRUE(same_bits(expected, layer.out_data)) << testing::PrintToString(s);
+    ASSERT_TRUE(same_floats(expected, layer.out_data)) << testing::PrintToString(s);
     EXPECT_EQ(pool_calls.rows, out_height);
     EXPECT_EQ(layer.out.array.data, layer.out_data.data());
     EXPECT_EQ(scratch.array.data, rows.data());

@@ -90,7 +90,7 @@ TEST(Dense, SameBitsAsTheFormula) {
           nnlib::list(bits == 32 ? plain : coded, biased ? &b : nullptr));
       ai_layer layer = nnlib::layer(AI_LAYER_TYPE_DENSE, forward_dense, chain);
       forward_dense(&layer);
-      ASSERT_TRUE(same_bits(expected, out)) << bits << " bits, " << n_in << " to " << n_out;
+      ASSERT_TRUE(same_floats(expected, out)) << bits << " bits, " << n_in << " to " << n_out;
     });
   }
 }
@@ -150,7 +150,7 @@ TEST(Gemm, SameBitsAsTheFormula) {
       y.data.assign(y.data.size(), -1.0f);
       nnlib::tensor ta_ = a.tensor(), tb_ = b.tensor(), tc = c.tensor(), ty = y.tensor();
       run_gemm({{}, 1.7f, -0.3f, ta, tb}, ta_, tb_, tc, ty, 1 + random.below(3));
-      ASSERT_TRUE(same_bits(expected, y.data))
+      ASSERT_TRUE(same_floats(expected, y.data))
           << rows << 'x' << depth << 'x' << columns << ' ' << ta << tb;
     });
   }
@@ -178,8 +178,8 @@ TEST(Gemm, AddsWhatLiesInTheOutput) {
     nnlib::tensor ta = a.tensor(), tb = b.tensor(), ty = y.tensor();
     nnlib::tensor tc({1, c_columns, 1, c_rows}, y.data.data() + offset);
     run_gemm({{}, -1.2f, 0.6f, 0, 0}, ta, tb, tc, ty, 3);
-    ASSERT_TRUE(same_bits(expected, y.data)) << rows << 'x' << depth << 'x' << columns << ", C "
-                                             << c_rows << 'x' << c_columns << " at " << offset;
+    ASSERT_TRUE(same_floats(expected, y.data)) << rows << 'x' << depth << 'x' << columns << ", C "
+                                               << c_rows << 'x' << c_columns << " at " << offset;
   }
 }
 
@@ -192,14 +192,14 @@ TEST(Gemm, MismatchFillsWithZeros) {
     Matrix y(random, 3, a_rows == 3 && a_columns == 4 ? 6 : 5);
     nnlib::tensor ta = a.tensor(), tb = b.tensor(), tc = c.tensor(), ty = y.tensor();
     run_gemm({{}, 1.0f, 1.0f, 0, 0}, ta, tb, tc, ty, 3);
-    EXPECT_TRUE(same_bits(std::vector<float>(y.data.size()), y.data)) << a_rows << a_columns;
+    EXPECT_TRUE(same_floats(std::vector<float>(y.data.size()), y.data)) << a_rows << a_columns;
   }
   Matrix a(random, 1, 1), y(random, 257, 256);
   nnlib::tensor ta = a.tensor(), tb = a.tensor(), tc = a.tensor(), ty = y.tensor();
   std::vector<float> expected = y.data;
   std::fill_n(expected.begin(), 256, 0.0f);
   run_gemm({{}, 1.0f, 1.0f, 0, 0}, ta, tb, tc, ty, 3);
-  EXPECT_TRUE(same_bits(expected, y.data));
+  EXPECT_TRUE(same_floats(expected, y.data));
 }
 
 // Blocks of channels whose innermost dimension is N; A and B have more than is read.
@@ -242,7 +242,8 @@ TEST(Matmul, SameBitsAsTheFormula) {
           nnlib::layer(AI_LAYER_TYPE_GEMM, forward_matmul,
                        random.below(2) ? static_cast<const ai_tensor_chain&>(inputs) : weights);
       forward_matmul(&layer);
-      ASSERT_TRUE(same_bits(expected, out)) << height << 'x' << depth << 'x' << width << " n " << n;
+      ASSERT_TRUE(same_floats(expected, out))
+          << height << 'x' << depth << 'x' << width << " n " << n;
     });
   }
 }

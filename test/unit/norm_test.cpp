@@ -50,7 +50,7 @@ TEST(Norm, BatchNormScalesEachChannel) {
       expected[i] = with_bias ? expected[i] + map.bias[i % 5] : expected[i];
     }
     for (const bool in_place : {false, true}) {
-      EXPECT_TRUE(same_bits(map.run<PlainLayer>(forward_bn, in_place, with_bias), expected));
+      EXPECT_TRUE(same_floats(map.run<PlainLayer>(forward_bn, in_place, with_bias), expected));
     }
   }
 }
@@ -70,7 +70,7 @@ TEST(Norm, LocalResponseSumsTheClippedWindow) {
         }
         expected.push_back(map.x[static_cast<size_t>(i)] * ai_math_pow(sum * alpha + k, -beta));
       }
-      EXPECT_TRUE(same_bits(
+      EXPECT_TRUE(same_floats(
           map.run<ai_layer_lrn>(forward_lrn, false, false, local_size, k, alpha, beta), expected))
           << channels << " channels, size " << local_size;
     }
@@ -114,7 +114,7 @@ TEST(Norm, LpFollowsAnyAxis) {
         for (const bool scaled : {false, true}) {
           const Floats expected = naive_lp(map, axis, p, scaled);
           for (const bool in_place : {false, true}) {
-            EXPECT_TRUE(same_bits(
+            EXPECT_TRUE(same_floats(
                 map.run<ai_layer_norm>(forward_norm, in_place, false, axis, p, scaled), expected))
                 << "axis " << axis << " p " << p << " scaled " << scaled;
           }
@@ -154,7 +154,7 @@ TEST(Norm, InstanceNormPerChannel) {
         }
       }
       for (const bool in_place : {false, true}) {
-        EXPECT_TRUE(same_bits(
+        EXPECT_TRUE(same_floats(
             map.run<ai_layer_instance_norm>(forward_instanceNormalization, in_place, true, epsilon),
             expected));
       }

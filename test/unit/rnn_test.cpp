@@ -156,7 +156,7 @@ struct Model {
       const uint32_t step = order.sequence && !order.reverse ? slot
                             : order.sequence                 ? T - 1 - slot
                                                              : T - 1;
-      same = same && same_bits(&y[slot * U], &steps[step * U], U);
+      same = same && same_floats(&y[slot * U], &steps[step * U], U);
     }
     return same;
   }
