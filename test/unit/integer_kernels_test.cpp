@@ -416,6 +416,7 @@ TYPED_TEST(IntegerKernels, DepthwiseEqualsTheFormula) {
       {6, 5, 0, 0, 3, 3, 1, 1, 1, 1, 6, 5},   {5, 7, 0, 0, 2, 3, 0, 2, 2, 1, 2, 6},
       {4, 4, 0, 0, 1, 1, 0, 0, 1, 1, 4, 4},   {3, 5, 0, 0, 5, 4, 3, 3, 3, 2, 3, 3},
       {9, 4, 0, 0, 3, 3, 0, 0, 1, 1, 7, 2},   {11, 3, 0, 0, 3, 3, 1, 1, 1, 1, 11, 3},
+      {12, 6, 0, 0, 10, 5, 1, 1, 1, 1, 3, 2},  // as many taps as blocks of four channels take
       {13, 5, 0, 0, 13, 5, 6, 2, 7, 3, 2, 2},  // one tap more than the wide instance takes
   };
   for (Shape shape : shapes) {
