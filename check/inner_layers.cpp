@@ -93,8 +93,8 @@ void check_inner_layers(const LayerCheck& outer, Report& report) {
   StepTensor out(*output);
   const Scope& around = outer.scope();
   const Scope scope = {around.network,
-                       {around.binds(*input->data) ? in.array() : nullptr,
-                        around.binds(*output->data) ? out.array() : nullptr}};
+                       {{in.array(), input, around.binds(*input->data)},
+                        {out.array(), output, around.binds(*output->data)}}};
   Walk walk(first);
   for (uint32_t i = 0; i < length.layers; ++i, walk.step()) {
     const ai_layer& inner = *walk.layer();

@@ -26,8 +26,10 @@ Memory memory_of_elements(const Scope& scope, const ai_array& array, uint64_t el
 }  // namespace
 
 bool Scope::binds(const ai_array& array) const {
-  if (&array == steps[0] || &array == steps[1]) {
-    return true;
+  for (const Step& step : steps) {
+    if (&array == step.array) {
+      return step.bound;
+    }
   }
   return (array.format & AI_FORMAT_FLAG_COPY) == 0 &&
          (list_has_array(ai_tensor_chain_list(&network.io, AI_CHAIN_INPUT), array) ||
@@ -36,6 +38,15 @@ bool Scope::binds(const ai_array& array) const {
 
 Memory memory_of(const Scope& scope, const ai_tensor& tensor) {
   return memory_of_elements(scope, *tensor.data, elements_of(tensor));
+}
+
+Memory memory_in_turn(const Scope& scope, const ai_tensor& tensor) {
+  for (const Step& step : scope.steps) {
+    if (tensor.data == step.array) {
+      return memory_of(scope, *step.sequence);
+    }
+  }
+  return memory_of(scope, tensor);
 }
 
 Memory whole_memory_of(const Scope& scope, const ai_tensor& tensor) {

@@ -7,10 +7,17 @@
 
 namespace nnlib {
 
+// One step of a time-distributed layer's input or output, as its inner layers see it.
+struct Step {
+  const ai_array* array = nullptr;
+  const ai_tensor* sequence = nullptr;
+  bool bound = false;  // only a run gives the array's data
+};
+
 // Where layers run: in a network, or inside a time-distributed layer of one.
 struct Scope {
   const ai_network& network;
-  const ai_array* steps[2] = {};  // arrays of the inner layers whose data only a run gives
+  Step steps[2] = {};
 
   // True for arrays that a run points at memory: of the network's inputs and outputs those that
   // are not copied.
@@ -41,6 +48,9 @@ struct Memory {
 // Of a sound tensor: as many bytes as its shape has elements; of scratch: the whole array.
 Memory memory_of(const Scope& scope, const ai_tensor& tensor);
 Memory whole_memory_of(const Scope& scope, const ai_tensor& tensor);
+
+// The same, of a step all of its sequence: some step or other is at any place of it.
+Memory memory_in_turn(const Scope& scope, const ai_tensor& tensor);
 
 }  // namespace nnlib
 

@@ -11,7 +11,7 @@ namespace {
 Memory memory_of(const LayerCheck& check, TensorName name) {
   const ai_tensor& tensor = *check.tensor(name.list, name.index);
   return name.list == AI_CHAIN_SCRATCH ? whole_memory_of(check.scope(), tensor)
-                                       : memory_of(check.scope(), tensor);
+                                       : memory_in_turn(check.scope(), tensor);
 }
 
 // Whether the function may write `written` while it reads `other`.

@@ -483,6 +483,20 @@ TEST(LayerCheck, InnerLayersOfATimeDistributedOne) {
   expect_dims_text(outer, out, {1, 2, 1, 4},
                    "layer 0, forward_time_distributed: output 0 has the dimensions (1, 2, 1, 4), "
                    "(1, 2, 1, 5) are needed");
+  out.data = &in.array;
+  dense.next = nullptr;
+  EXPECT_EQ(findings(outer.network),
+            "layer 0, inner layer 0, forward_dense: output 0 begins 0 bytes behind the start of "
+            "input 0 and shares memory with it, which the function does not allow");
+  out.data = &out.array;
+  dense.next = &tanh.base;
+  out.array.format |= AI_FORMAT_FLAG_COPY;
+  move_to(between, numbers + 34);  // the output's second step
+  EXPECT_EQ(findings(outer.network),
+            "layer 0, inner layer 1, forward_tanh: output 0 begins 8 bytes before the start of "
+            "input 0 and shares memory with it, which the function does not allow\n"
+            "network: output 0, written by layer 0, is overwritten by output 0 of layer 0");
+  move_to(between, numbers + 64);
   const ai_tensor_chain no_lists = {0, nullptr};
   tanh.base.tensor_chain = &no_lists;
   EXPECT_EQ(findings(outer.network),
