@@ -486,6 +486,10 @@ TEST(LayerCheck, InnerLayersOfATimeDistributedOne) {
   out.data = &in.array;
   dense.next = nullptr;
   EXPECT_EQ(findings(outer.network),
+            "network: output 0 has an array of 60 bytes, its dimensions (1, 2, 1, 5) and strides "
+            "take 40: the caller's memory, at which a run points it\n"
+            "network: input 0 and output 0 have one array, which a run can point at 1 of the "
+            "caller's 2 buffers: give it AI_FORMAT_FLAG_COPY\n"
             "layer 0, inner layer 0, forward_dense: output 0 begins 0 bytes behind the start of "
             "input 0 and shares memory with it, which the function does not allow");
   out.data = &out.array;
